@@ -1,0 +1,56 @@
+// bench-grab --clips FOLDER [--grabs N] [--checks N] [--json FILE]: times exact grabs at random
+// times, by us and by others, and compares N of ours with a linear decode.
+#include "Contest.h"
+#include "Report.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStringList>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+using namespace stillwick::benchmarks;
+
+namespace {
+
+QString valueOf(const QString& option, const QString& otherwise) {
+    const QStringList arguments = QCoreApplication::arguments();
+    const qsizetype at = arguments.indexOf(option);
+    return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : otherwise;
+}
+
+void contend(Report& report, const QString& path, const QString& name, const Contest::Size& size) {
+    std::fprintf(stderr, "timing %s\n", qPrintable(name));
+    Contest contest(path, name, size);
+    contest.run();
+    contest.reportTo(report);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
+    const int grabs = std::max(2, valueOf(QStringLiteral("--grabs"), QStringLiteral("50")).toInt());
+    const int checks = valueOf(QStringLiteral("--checks"), QStringLiteral("200")).toInt();
+    const QString json = valueOf(QStringLiteral("--json"), {});
+    constexpr int firstPictures = 5;
+    try {
+        Report report(QStringLiteral("grab"));
+        contend(report, clips.filePath(QStringLiteral("1080p30.mp4")), QStringLiteral("1080p30"),
+                {grabs, std::max(0, checks - 2 * grabs), firstPictures});
+        contend(report, clips.filePath(QStringLiteral("4k30.mp4")), QStringLiteral("4K30"),
+                {grabs / 2, 0, firstPictures});
+        report.print(QStringLiteral("grab: exact pictures at random times"));
+        if (!json.isEmpty() && !report.writeJson(json)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(json));
+            return 1;
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "grab: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

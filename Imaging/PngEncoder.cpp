@@ -1,0 +1,176 @@
+#include "Imaging/PngEncoder.h"
+
+#include "Imaging/ImagingError.h"
+
+#include <QColorSpace>
+
+#include <algorithm>
+#include <csetjmp>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include <png.h>
+
+namespace stillwick {
+
+namespace {
+
+using Category = ImagingError::Category;
+
+/// Level 3 with the UP filter alone: measured on 1080p, 95 ms against 485 ms for Qt's own writer.
+constexpr int compressionLevel = 3;
+constexpr std::size_t bytesPerPixel = 4;
+
+/// Pixels as RGBA bytes, premultiplied where the picture is: no 8-bit colour changes on the way.
+QImage asRgba(const QImage& image) {
+    const bool exact = image.format() == QImage::Format_ARGB32_Premultiplied ||
+                       image.format() == QImage::Format_RGBA8888_Premultiplied;
+    return image.convertToFormat(exact ? QImage::Format_RGBA8888_Premultiplied
+                                       : QImage::Format_RGBA8888);
+}
+
+/// Divides colours by alpha, halves up. Qt's own conversion is one step off for one colour in 90.
+void unpremultiply(const uchar* from, png_byte* to, std::size_t pixels) {
+    for (const uchar* end = from + pixels * bytesPerPixel; from != end;
+         from += bytesPerPixel, to += bytesPerPixel) {
+        const unsigned alpha = from[3];
+        if (alpha == 255 || alpha == 0) {
+            std::copy_n(from, bytesPerPixel, to);
+            continue;
+        }
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const unsigned color = (from[channel] * 255U + alpha / 2) / alpha;
+            to[channel] = static_cast<png_byte>(std::min(color, 255U));
+        }
+        to[3] = static_cast<png_byte>(alpha);
+    }
+}
+
+/// One encoding. libpng reports an error by a jump out of its own functions: so the jump lands in
+/// `run`, which holds nothing that would have to be destroyed; all that lives longer is a field.
+class PngWriter {
+public:
+    explicit PngWriter(const QImage& image)
+        : m_image(asRgba(image)), m_isSrgb(isSrgb(image.colorSpace())) {
+        if (m_image.isNull())
+            throw ImagingError(Category::OutOfMemory);
+        if (!m_isSrgb)
+            m_profile = image.colorSpace().iccProfile();
+        m_row.resize(static_cast<std::size_t>(m_image.width()) * bytesPerPixel);
+        m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, &PngWriter::onError,
+                                        &PngWriter::onWarning);
+        m_info = m_png ? png_create_info_struct(m_png) : nullptr;
+    }
+    ~PngWriter() { png_destroy_write_struct(&m_png, &m_info); }
+    Q_DISABLE_COPY_MOVE(PngWriter)
+
+    QByteArray encode() {
+        if (!m_info || m_isOutOfMemory)
+            throw ImagingError(Category::OutOfMemory, m_libraryText);
+        const bool succeeded = run();
+        if (m_isOutOfMemory)
+            throw ImagingError(Category::OutOfMemory, m_libraryText);
+        if (!m_isSrgb && !m_hasProfile)
+            throw ImagingError(Category::UnfitColorProfile, m_libraryText);
+        if (!succeeded)
+            throw ImagingError(Category::EncodingFailed, m_libraryText);
+        return std::move(m_output);
+    }
+
+private:
+    static bool isSrgb(const QColorSpace& space) {
+        return !space.isValid() || space == QColorSpace(QColorSpace::SRgb);
+    }
+
+    // The jump crosses frames of libpng and of this class only.
+    bool run() {
+        if (setjmp(png_jmpbuf(m_png)) != 0) // NOLINT(cert-err52-cpp)
+            return false;
+        png_set_write_fn(m_png, this, &PngWriter::onBytes, &PngWriter::onFlush);
+        writeHeader();
+        if (m_isSrgb || m_hasProfile)
+            writePixels();
+        return true;
+    }
+
+    void writeHeader() {
+        png_set_IHDR(m_png, m_info, static_cast<png_uint_32>(m_image.width()),
+                     static_cast<png_uint_32>(m_image.height()), 8, PNG_COLOR_TYPE_RGB_ALPHA,
+                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_compression_level(m_png, compressionLevel);
+        png_set_filter(m_png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+        if (m_isSrgb) {
+            png_set_sRGB_gAMA_and_cHRM(m_png, m_info, PNG_sRGB_INTENT_PERCEPTUAL);
+        } else {
+            png_set_iCCP(m_png, m_info, "ICC", PNG_COMPRESSION_TYPE_BASE,
+                         reinterpret_cast<png_const_bytep>(m_profile.constData()),
+                         static_cast<png_uint_32>(m_profile.size()));
+            // A profile that libpng takes for unfit is left out with nothing but a warning.
+            m_hasProfile = png_get_valid(m_png, m_info, PNG_INFO_iCCP) != 0;
+        }
+    }
+
+    void writePixels() {
+        png_write_info(m_png, m_info);
+        const auto pixels = static_cast<std::size_t>(m_image.width());
+        const bool isPremultiplied = m_image.format() == QImage::Format_RGBA8888_Premultiplied;
+        for (int y = 0; y < m_image.height(); ++y) {
+            const uchar* line = m_image.constScanLine(y);
+            if (isPremultiplied)
+                unpremultiply(line, m_row.data(), pixels);
+            png_write_row(m_png, isPremultiplied ? m_row.data() : line);
+        }
+        png_write_end(m_png, m_info);
+    }
+
+    // No exception may cross libpng's frames.
+    static void onBytes(png_structp png, png_bytep bytes, png_size_t count) {
+        auto* self = static_cast<PngWriter*>(png_get_io_ptr(png));
+        try {
+            self->m_output.append(reinterpret_cast<const char*>(bytes),
+                                  static_cast<qsizetype>(count));
+            return;
+        } catch (const std::bad_alloc&) {
+            self->m_isOutOfMemory = true;
+        }
+        png_error(png, "no memory for the file");
+    }
+
+    static void onFlush(png_structp /*png*/) {}
+
+    [[noreturn]] static void onError(png_structp png, png_const_charp text) {
+        onWarning(png, text);
+        png_longjmp(png, 1);
+    }
+
+    static void onWarning(png_structp png, png_const_charp text) {
+        auto* self = static_cast<PngWriter*>(png_get_error_ptr(png));
+        try {
+            self->m_libraryText = QString::fromUtf8(text);
+        } catch (const std::bad_alloc&) {
+            self->m_isOutOfMemory = true;
+        }
+    }
+
+    QImage m_image;
+    QByteArray m_profile;
+    std::vector<png_byte> m_row;
+    QByteArray m_output;
+    QString m_libraryText;
+    png_structp m_png = nullptr;
+    png_infop m_info = nullptr;
+    bool m_isSrgb;
+    bool m_hasProfile = false;
+    bool m_isOutOfMemory = false;
+};
+
+} // namespace
+
+QByteArray encodePng(const QImage& image) {
+    if (image.isNull())
+        throw ImagingError(Category::EmptyPicture);
+    return PngWriter(image).encode();
+}
+
+} // namespace stillwick

@@ -1,0 +1,152 @@
+#include "Media/PictureConverter.h"
+
+#include "Media/Deinterlacing.h"
+#include "Media/MediaError.h"
+#include "Media/ToneMapping.h"
+#include "Media/TrackDescription.h"
+
+#include <QColorSpace>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace stillwick {
+
+namespace {
+
+bool isSameFormat(const PlaneFormat& a, const PlaneFormat& b) {
+    return a.layout == b.layout && a.samples == b.samples && a.rows == b.rows &&
+           a.depth == b.depth && a.color == b.color && a.isGrey == b.isGrey;
+}
+
+/// True for a frame of two fields that can be told apart.
+bool hasTwoFields(const AVFrame& frame) {
+    constexpr int leastHeight = 8;
+    return frame.interlaced_frame != 0 && frame.height % 4 == 0 && frame.height >= leastHeight;
+}
+
+void fillAlpha(const PlanarPicture& picture) {
+    for (int y = 0; y < picture.layout().height; ++y)
+        std::fill_n(picture.row(3, y), picture.layout().width, std::uint8_t(255));
+}
+
+int premultiplied(int value, int alpha) {
+    const int product = value * alpha + 128;
+    return (product + (product >> 8)) >> 8; // exact division by 255
+}
+
+/// Interleaves planes into the bitmap, the alpha multiplied in where there is one.
+QImage packed(const PlanarPicture& rgb) {
+    const int width = rgb.layout().width;
+    const int height = rgb.layout().height;
+    QImage image(width, height, QImage::Format_RGBA8888_Premultiplied);
+    if (image.isNull())
+        throw std::bad_alloc();
+    const bool hasAlpha = rgb.layout().planes == 4;
+    for (int y = 0; y < height; ++y) {
+        const std::uint8_t* r = rgb.row(0, y);
+        const std::uint8_t* g = rgb.row(1, y);
+        const std::uint8_t* b = rgb.row(2, y);
+        std::uint8_t* out = image.scanLine(y);
+        if (!hasAlpha) {
+            for (int x = 0; x < width; ++x) {
+                out[4 * x] = r[x];
+                out[4 * x + 1] = g[x];
+                out[4 * x + 2] = b[x];
+                out[4 * x + 3] = 255;
+            }
+            continue;
+        }
+        const std::uint8_t* a = rgb.row(3, y);
+        for (int x = 0; x < width; ++x) {
+            out[4 * x] = std::uint8_t(premultiplied(r[x], a[x]));
+            out[4 * x + 1] = std::uint8_t(premultiplied(g[x], a[x]));
+            out[4 * x + 2] = std::uint8_t(premultiplied(b[x], a[x]));
+            out[4 * x + 3] = a[x];
+        }
+    }
+    image.setColorSpace(QColorSpace::SRgb);
+    return image;
+}
+
+} // namespace
+
+QImage PictureConverter::convert(const VideoFrame& frame, Orientation orientation) {
+    try {
+        const AVFrame& picture = frame.avFrame();
+        // What was added to reach a multiple of the chroma's size is cut off again.
+        const PlanarPicture rgb = toRgb(frame).cropped(picture.width, picture.height);
+        QImage image = packed(stretched(rgb, sampleAspectRatio(frame)));
+        return orientation == Orientation::Upright ? oriented(std::move(image), frame.track())
+                                                   : image;
+    } catch (const std::bad_alloc&) {
+        throw MediaError::make(MediaError::Category::OutOfMemory);
+    }
+}
+
+void PictureConverter::run(Step& step, const PlaneFormat& from, const PlaneFormat& to,
+                           const PlanarPicture& source, const PlanarPicture& target) {
+    if (!step.conversion || !isSameFormat(step.from, from) || !isSameFormat(step.to, to)) {
+        step.conversion.emplace(from, to, diffuseWhiteLuminance);
+        step.from = from;
+        step.to = to;
+    }
+    step.conversion->convert(source, target);
+}
+
+PlanarPicture PictureConverter::toRgb(const VideoFrame& frame) {
+    const libav::Frame planar = toPlanar(frame.avFrame());
+    const PlanarPicture source = PlanarPicture::of(*planar);
+    PlaneFormat format = PlaneFormat::of(source, *planar, colorOf(frame));
+    const double peak = frame.track().peakLuminance;
+    PlanarPicture rgb(
+        PlaneFormat::rgb(format.layout.width, format.layout.height, format.hasAlpha()).layout);
+    if (!hasTwoFields(*planar)) {
+        convertRows(format, source, rgb, peak);
+        return rgb;
+    }
+    format.layout.height /= 2;
+    for (const int parity : {0, 1}) {
+        format.rows = parity == 0 ? PlaneFormat::Rows::TopField : PlaneFormat::Rows::BottomField;
+        convertRows(format, source.field(parity), rgb.field(parity), peak);
+    }
+    deinterlace(rgb, planar->top_field_first != 0 ? 0 : 1);
+    return rgb;
+}
+
+void PictureConverter::convertRows(const PlaneFormat& from, const PlanarPicture& source,
+                                   const PlanarPicture& rgb, double peakLuminance) {
+    PlaneFormat to = PlaneFormat::rgb(from.layout.width, from.layout.height, from.hasAlpha());
+    to.rows = from.rows;
+    if (!from.color.isHighDynamicRange()) {
+        run(m_toRgb, from, to, source, rgb);
+        return;
+    }
+    to.samples = PlaneFormat::Samples::Float;
+    to.depth = 32;
+    to.layout.bytesPerSample = 4;
+    to.color.transfer = AVCOL_TRC_LINEAR;
+    const PlanarPicture light(to.layout);
+    run(m_toRgb, from, to, source, light);
+    toneMap(light, peakLuminance / diffuseWhiteLuminance, rgb);
+    if (from.hasAlpha())
+        fillAlpha(rgb);
+}
+
+PlanarPicture PictureConverter::stretched(PlanarPicture rgb, AVRational ratio) {
+    if (ratio.num == ratio.den)
+        return rgb;
+    const PlaneFormat from =
+        PlaneFormat::rgb(rgb.layout().width, rgb.layout().height, rgb.layout().planes == 4);
+    PlaneFormat to = from;
+    if (ratio.num > ratio.den)
+        to.layout.width = int(av_rescale(from.layout.width, ratio.num, ratio.den));
+    else
+        to.layout.height = int(av_rescale(from.layout.height, ratio.den, ratio.num));
+    PlanarPicture result(to.layout);
+    run(m_stretch, from, to, rgb, result);
+    return result;
+}
+
+} // namespace stillwick

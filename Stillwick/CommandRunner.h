@@ -1,0 +1,33 @@
+// Carrying out a command of the command line. Main thread.
+#pragma once
+
+#include "Stillwick/CommandLine.h"
+
+#include <QCoroTask>
+
+#include <functional>
+
+namespace stillwick {
+
+/// How a command ended, as the program's exit status.
+enum class ExitStatus {
+    AllDone = 0,
+    SomeFailed = 1,
+    NothingDone = 2,
+};
+
+/// Where a command writes its lines.
+struct CommandOutput {
+    std::function<void(const QString&)> result;    ///< a line of standard output
+    std::function<void(const QString&)> complaint; ///< a line of standard error
+    std::function<void(const QString&)>
+        progress; ///< the passing line of a terminal; empty clears it
+};
+
+/// Writes the picture at the command's time.
+[[nodiscard]] QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output);
+
+/// Captures one time after the other; what fails is told, and the next is captured.
+[[nodiscard]] QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output);
+
+} // namespace stillwick

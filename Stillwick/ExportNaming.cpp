@@ -1,0 +1,20 @@
+#include "Stillwick/ExportNaming.h"
+
+namespace stillwick {
+
+QString ExportNaming::fileName(const QString& videoName, const CMTime& time,
+                               std::optional<int> subjectIndex) {
+    const QString subject =
+        subjectIndex ? QStringLiteral("_s") + QString::number(*subjectIndex) : QString();
+    return videoName + u'_' + time.fileNameString() + subject + QStringLiteral(".png");
+}
+
+QString ExportNaming::folderName(const QString& name) {
+    QString cleaned = name;
+    for (const QChar separator : {u'/', u'\\', u':'})
+        cleaned.replace(separator, u'-');
+    cleaned = cleaned.trimmed();
+    return cleaned.isEmpty() ? QStringLiteral("Sans-nom") : cleaned;
+}
+
+} // namespace stillwick

@@ -1,0 +1,37 @@
+// Full-resolution stills of the loaded film. Main thread.
+#pragma once
+
+#include "Media/CMTime.h"
+
+#include <QCoroTask>
+#include <QImage>
+
+#include <memory>
+#include <stop_token>
+
+namespace stillwick {
+
+class ImageGenerator;
+class MediaAsset;
+
+/// Turns a time of the loaded film into the picture shown at exactly that time.
+class VideoFrameExtractorService final {
+public:
+    VideoFrameExtractorService();
+    ~VideoFrameExtractorService();
+
+    /// Takes the film from which the following requests grab. Requests under way keep theirs.
+    void prepare(std::shared_ptr<const MediaAsset> asset);
+
+    /// The picture at `time`: upright, square pixels, never a neighbour of the frame asked for.
+    /// *Shape*: RGBA, 8 bits, premultiplied, colour space sRGB.
+    /// *Errors*: AppError noVideoLoaded before `prepare`; AppError frameExtractionFailed with the
+    /// media layer's description, also after `stop`. *Thread*: decodes on the generator's threads;
+    /// answers on the caller's. *Lifetime*: the service may go while the request is under way.
+    [[nodiscard]] QCoro::Task<QImage> image(CMTime time, std::stop_token stop = {});
+
+private:
+    std::shared_ptr<const ImageGenerator> m_generator;
+};
+
+} // namespace stillwick

@@ -1,0 +1,85 @@
+// The program: the command line, and later the window.
+#include "Stillwick/CommandRunner.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <new>
+#include <unistd.h>
+
+namespace {
+
+using namespace stillwick;
+
+void writeLine(std::FILE* stream, const QString& line) {
+    std::fputs((line + u'\n').toUtf8().constData(), stream);
+    std::fflush(stream);
+}
+
+/// The line that a terminal shows while work is under way; nothing elsewhere.
+void showProgress(const QString& line) {
+    if (isatty(STDERR_FILENO) == 0)
+        return;
+    constexpr const char* clearLine = "\r\033[K";
+    std::fputs(clearLine, stderr);
+    std::fputs(line.toUtf8().constData(), stderr);
+    std::fflush(stderr);
+}
+
+CommandOutput standardOutput() {
+    return {[](const QString& line) { writeLine(stdout, line); },
+            [](const QString& line) { writeLine(stderr, line); }, showProgress};
+}
+
+struct Starter {
+    QCoro::Task<ExitStatus> operator()(const StillCommand& command) const {
+        return runStill(command, standardOutput());
+    }
+    QCoro::Task<ExitStatus> operator()(const CaptureCommand& command) const {
+        return runCapture(command, standardOutput());
+    }
+    QCoro::Task<ExitStatus> operator()(const TextCommand& command) const {
+        return finish(stdout, command.text.trimmed(), ExitStatus::AllDone);
+    }
+    QCoro::Task<ExitStatus> operator()(const UsageError& error) const {
+        return finish(stderr, error.message + QStringLiteral("\n\n") + usageText().trimmed(),
+                      ExitStatus::NothingDone);
+    }
+    QCoro::Task<ExitStatus> operator()(const WindowCommand& /*command*/) const {
+        return finish(
+            stderr,
+            QStringLiteral("La fenêtre n'existe pas encore dans cette version : voici les "
+                           "commandes.\n\n") +
+                usageText().trimmed(),
+            ExitStatus::NothingDone);
+    }
+
+private:
+    static QCoro::Task<ExitStatus> finish(std::FILE* stream, QString text, ExitStatus status) {
+        writeLine(stream, text);
+        co_return status;
+    }
+};
+
+QCoro::Task<> runAndQuit(Command command) {
+    ExitStatus status = ExitStatus::NothingDone;
+    try {
+        status = co_await std::visit(Starter{}, command);
+    } catch (const std::bad_alloc&) {
+        writeLine(stderr, QStringLiteral("La mémoire ne suffit pas."));
+    }
+    QCoreApplication::exit(int(status));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("stillwick"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(STILLWICK_VERSION));
+    const Command command = parseCommandLine(QCoreApplication::arguments().mid(1));
+    // From within the event loop, so that a command that ends at once can leave it.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [&command] { runAndQuit(command); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,13 @@
+// The first estimate of what belongs to a subject: all cues weighed together. Internal to Vision.
+// Pure function, any thread.
+#pragma once
+
+#include "Vision/RegionGraph.h"
+
+namespace stillwick {
+
+/// The log odds of each pixel to belong to a subject: positive is more likely than not. The mean of
+/// estimates on regions of several sizes.
+[[nodiscard]] cv::Mat1f foregroundOdds(const WorkingPicture& picture);
+
+} // namespace stillwick
