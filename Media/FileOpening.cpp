@@ -26,9 +26,6 @@ constexpr const char* filmFormats =
     "yuv4mpegpipe,gxf,dirac,cavsvideo,avs,avs2,avs3,swf,smjpeg,mpegtsraw,vob,roq,bink,smk,nuv,mpl2,"
     "mp3,aac,wav,flac,aiff,w64,caf,ac3,eac3,dts,amr,ape,tta,wv,au,truehd";
 
-// A still of 16384 x 8192 is 512 MiB as RGBA.
-constexpr std::int64_t maximumPixels = std::int64_t(16384) * 8192;
-
 int isStopRequested(void* opaque) {
     return static_cast<const std::stop_token*>(opaque)->stop_requested() ? 1 : 0;
 }

@@ -9,6 +9,9 @@ class QString;
 
 namespace stillwick {
 
+/// The largest picture that is read: 16384 × 8192 is 512 MiB as RGBA.
+inline constexpr std::int64_t maximumPixels = std::int64_t(16384) * 8192;
+
 /// The open container, its streams known. Only local files are read, and only by demuxers of films:
 /// a play list cannot name other files. *Errors*: MediaError. *Lifetime*: `stop` outlives the
 /// result.

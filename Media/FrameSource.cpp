@@ -91,6 +91,9 @@ FrameSource::Target FrameSource::targetFor(const CMTime& time, const Tolerance& 
         target.soonEnough = std::numeric_limits<std::int64_t>::min();
     else if (tolerance.before > CMTime::zero() && tolerance.before.timescale > 0)
         target.soonEnough = target.endTick - toTick(tolerance.before, AV_ROUND_DOWN);
+    target.lateEnough = target.tick;
+    if (tolerance.after.isNumeric() && tolerance.after.timescale > 0)
+        target.lateEnough += toTick(tolerance.after, AV_ROUND_DOWN);
     return target;
 }
 
@@ -114,7 +117,16 @@ SharedFrame FrameSource::frameAt(const CMTime& time, const Tolerance& tolerance,
     }
 }
 
+bool FrameSource::isNearEnough(const Target& target) const {
+    if (!m_run.isUsable || m_run.isDoubtful || !m_run.shown)
+        return false;
+    const std::int64_t time = m_run.shown->presentationTime();
+    return time > target.tick && time <= target.lateEnough;
+}
+
 SharedFrame FrameSource::locate(const Target& target) {
+    if (isNearEnough(target))
+        return m_run.shown;
     if (prepareToContinue(target) && advanceTo(target) == Outcome::Found && !m_run.isDoubtful) {
         throwIfPastEnd(target);
         return m_run.shown;
@@ -174,6 +186,7 @@ FrameSource::Outcome FrameSource::advanceTo(const Target& target) {
             if (m_run.shown)
                 m_run.spacing = m_run.next->presentationTime() - m_run.shown->presentationTime();
             m_run.shown = std::exchange(m_run.next, nullptr);
+            m_queue.forgetBefore(m_run.shown->presentationTime());
         }
         if (m_run.shown && isSettled(target))
             return Outcome::Found;

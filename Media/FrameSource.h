@@ -14,7 +14,8 @@ namespace stillwick {
 /// something before it, decoding begins one key packet earlier.
 class FrameSource final {
 public:
-    /// How far from the time asked for the frame may lie. The exact frame always satisfies it.
+    /// How far from the time asked for the frame may lie, where that saves decoding. The exact
+    /// frame always satisfies it; an infinite tolerance after is met by it.
     struct Tolerance {
         CMTime before = CMTime::zero();
         CMTime after = CMTime::zero();
@@ -42,6 +43,7 @@ private:
         std::int64_t tick = 0;       ///< the last tick not after it
         std::int64_t endTick = 0;    ///< the first tick not before it
         std::int64_t soonEnough = 0; ///< the first tick that the tolerance allows
+        std::int64_t lateEnough = 0; ///< the last tick that the tolerance allows
     };
     /// What may be believed of the frames since decoding began.
     struct Run {
@@ -63,6 +65,7 @@ private:
     void findFirstPicture();
     [[nodiscard]] SharedFrame locate(const Target& target);
     [[nodiscard]] SharedFrame locateFromKey(const Target& target);
+    [[nodiscard]] bool isNearEnough(const Target& target) const;
     [[nodiscard]] bool prepareToContinue(const Target& target);
     void begin(const PacketQueue::Entry& entry);
     [[nodiscard]] Outcome advanceTo(const Target& target);

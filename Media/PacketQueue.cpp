@@ -21,10 +21,6 @@ std::int64_t decodeTimeOf(const AVPacket& packet) {
     return packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
 }
 
-std::int64_t ticksPerSecond(const AVStream& stream) {
-    return std::max<std::int64_t>(1, stream.time_base.den / std::max(1, stream.time_base.num));
-}
-
 } // namespace
 
 void PacketQueue::clear() {
@@ -108,7 +104,7 @@ std::optional<PacketQueue::Entry> PacketQueue::scanForKey(std::int64_t tick,
 
 PacketQueue::Entry PacketQueue::beginBefore(std::int64_t tick, std::int64_t keysBefore) {
     std::int64_t from = keysBefore == noLimit ? tick : std::min(tick, keysBefore - 1);
-    std::int64_t step = ticksPerSecond(m_reader.stream());
+    std::int64_t step = m_reader.ticksPerSecond();
     for (int attempt = 0; attempt < maximumSeeks; ++attempt) {
         clear();
         if (!m_reader.seekBefore(from))
@@ -126,7 +122,7 @@ PacketQueue::Entry PacketQueue::beginBefore(std::int64_t tick, std::int64_t keys
 bool PacketQueue::isNear(std::int64_t tick) const {
     if (isKnownUpTo(tick))
         return true;
-    if (tick - m_lastDecodeTime > nearSeconds * ticksPerSecond(m_reader.stream()))
+    if (tick - m_lastDecodeTime > nearSeconds * m_reader.ticksPerSecond())
         return false;
     const auto key = m_reader.indexedKeyBefore(tick);
     return !key || *key <= m_lastDecodeTime;

@@ -4,6 +4,7 @@
 #include "Media/MediaError.h"
 #include "Media/PacketTable.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace stillwick {
@@ -39,6 +40,10 @@ void PacketReader::setStopToken(std::stop_token stop) const {
 void PacketReader::throwIfStopped() const {
     if (m_stop->stop_requested())
         throw MediaError::make(MediaError::Category::Cancelled);
+}
+
+std::int64_t PacketReader::ticksPerSecond() const {
+    return std::max<std::int64_t>(1, av_rescale_q(1, {1, 1}, m_stream->time_base));
 }
 
 bool PacketReader::hasOwnTimeline() const {
@@ -80,9 +85,7 @@ libav::Packet PacketReader::readFromContainer() {
     for (;;) {
         throwIfStopped();
         const int code = av_read_frame(m_format.get(), packet.get());
-        if (code == AVERROR_EXIT)
-            throw MediaError::fromLibav(code);
-        if (code == AVERROR(EIO))
+        if (code == AVERROR_EXIT || code == AVERROR(EIO))
             throw MediaError::fromLibav(code);
         // A container cut off or damaged from here on is met like one that ends here: what came
         // before stays usable.

@@ -52,6 +52,8 @@ public:
     [[nodiscard]] const QString& path() const noexcept { return m_path; }
     [[nodiscard]] AVStream& stream() const noexcept { return *m_stream; }
     [[nodiscard]] AVFormatContext& format() const noexcept { return *m_format; }
+    /// One second in ticks of the track's time base, at least 1.
+    [[nodiscard]] std::int64_t ticksPerSecond() const;
     /// True where the file has a timeline of its own (edit lists applied), whose zero is time zero.
     [[nodiscard]] bool hasOwnTimeline() const;
     /// The time stamp of the key frame from which the container would begin for `timestamp`, where

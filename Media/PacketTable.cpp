@@ -22,10 +22,6 @@ constexpr int samples = 48;
 // A jump counts when so many packets stay behind it: one damaged time stamp is no jump.
 constexpr std::size_t packetsToBelieve = 8;
 
-std::int64_t oneSecond(const PacketReader& reader) {
-    return std::max<std::int64_t>(1, av_rescale_q(1, {1, 1}, reader.stream().time_base));
-}
-
 Entry entryOf(const AVPacket& packet) {
     Entry entry;
     entry.position = packet.pos;
@@ -110,7 +106,7 @@ bool sampledTimesJumpBack(PacketReader& reader, std::int64_t fileSize) {
         if (entries.empty() || entries.front().decodeTime == AV_NOPTS_VALUE)
             continue;
         const std::int64_t time = entries.front().decodeTime;
-        if (last && time < *last - oneSecond(reader))
+        if (last && time < *last - reader.ticksPerSecond())
             return true;
         last = std::max(time, last.value_or(time));
     }
@@ -122,7 +118,7 @@ bool jumpsBack(PacketReader& reader) {
     if (size > smallFile)
         return sampledTimesJumpBack(reader, size);
     std::vector<Entry> entries = readEntries(reader, std::numeric_limits<std::size_t>::max());
-    return joinSegments(entries, oneSecond(reader));
+    return joinSegments(entries, reader.ticksPerSecond());
 }
 
 /// The packets that gave pictures, in the order in which these are shown.
@@ -207,7 +203,7 @@ std::shared_ptr<const PacketTable> PacketTable::make(const QString& path,
         table->m_lastDuration = assignTimes(entries, decodeAll(reader), reader.stream());
         deriveDecodeTimes(entries);
     } else {
-        joinSegments(entries, oneSecond(reader));
+        joinSegments(entries, reader.ticksPerSecond());
     }
     return table;
 }

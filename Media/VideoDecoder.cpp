@@ -25,6 +25,7 @@ VideoDecoder::VideoDecoder(const AVStream& stream) : m_track(describeTrack(strea
     m_context = libav::checked(libav::CodecContext(avcodec_alloc_context3(codec)));
     if (const int code = avcodec_parameters_to_context(m_context.get(), stream.codecpar); code < 0)
         throw MediaError::fromLibav(code);
+    m_context->max_pixels = maximumPixels; // a size may grow in mid-stream
     m_context->pkt_timebase = stream.time_base;
     m_context->thread_count = threadCount();
     m_context->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;

@@ -20,8 +20,8 @@ struct Centre {
 
 std::vector<Centre> gridOfCentres(const cv::Mat3f& lab, float step) {
     std::vector<Centre> centres;
-    const int down = static_cast<int>(static_cast<float>(lab.rows) / step + .5F);
-    const int across = static_cast<int>(static_cast<float>(lab.cols) / step + .5F);
+    const int down = static_cast<int>(std::lround(static_cast<float>(lab.rows) / step));
+    const int across = static_cast<int>(std::lround(static_cast<float>(lab.cols) / step));
     for (int row = 0; row < down; ++row)
         for (int column = 0; column < across; ++column) {
             const cv::Point2f position((static_cast<float>(column) + .5F) * step,

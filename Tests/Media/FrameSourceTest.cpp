@@ -184,6 +184,18 @@ TEST(FrameSourceTest, AToleranceSavesDecoding) {
     EXPECT_LT(tolerant.packetsDecoded(), exact.packetsDecoded() / 2);
 }
 
+TEST(FrameSourceTest, AToleranceAfterTakesTheFrameAtHandInsteadOfSeekingBack) {
+    FrameSource source(clip("closed_h264.mp4"), {});
+    (void)source.frameAt(CMTime::make(40, 30), {}, {});
+    const std::int64_t before = source.packetsDecoded();
+    const FrameSource::Tolerance tolerance{CMTime::zero(), CMTime::make(2, 30)};
+    const SharedFrame near = source.frameAt(CMTime::make(38, 30), tolerance, {});
+    EXPECT_EQ(source.filmTime(*near), CMTime::make(40, 30));
+    EXPECT_EQ(source.packetsDecoded(), before);
+    const SharedFrame tooFar = source.frameAt(CMTime::make(37, 30), tolerance, {});
+    EXPECT_EQ(source.filmTime(*tooFar), CMTime::make(37, 30));
+}
+
 TEST(FrameSourceTest, AToleranceIsNotExceeded) {
     FrameSource source(clip("closed_h264.mp4"), {});
     std::mt19937 random(9);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstdarg>
 #include <cstring>
 
@@ -70,10 +71,9 @@ std::vector<Probed> probedFrames(const QString& path, int track) {
             const std::int64_t number = value.toLongLong(&isNumber);
             if (!isNumber)
                 continue;
-            if (field.startsWith("pts=")) {
-                frame.hasTime = true;
-                frame.time = number;
-            } else if (field.startsWith("best_effort_timestamp=") && !frame.hasTime) {
+            const bool isTime = field.startsWith("pts=") ||
+                                (field.startsWith("best_effort_timestamp=") && !frame.hasTime);
+            if (isTime) {
                 frame.hasTime = true;
                 frame.time = number;
             } else if (field.startsWith("pkt_duration=")) {
@@ -190,7 +190,7 @@ void layOut(const std::vector<Probed>& probed, const LinearDecode& decode, Refer
         const bool isTold = isGrid || probed[i].hasTime;
         if (!isTold && film.frames.empty())
             continue;
-        std::int64_t time = isGrid   ? std::int64_t(double(i) * decode.frameTicks + 0.5)
+        std::int64_t time = isGrid   ? std::llround(double(i) * decode.frameTicks)
                             : isTold ? probed[i].time + offset
                                      : previous + spacing;
         if (!film.frames.empty()) {
