@@ -22,6 +22,11 @@ constexpr int maximumDoubts = 3;
 constexpr int maximumTimelessPictures = 300;
 // Beginning again costs the decoder's delay: a key packet nearer than this is decoded through.
 constexpr std::size_t worthJumping = 12;
+// The frames next to the one wanted are decoded in any case: field pairs count as two here.
+constexpr int leastTrail = 4;
+// As the tick on the way to which pictures may be left out: none may.
+constexpr std::int64_t everyPicture = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t farthestTick = std::numeric_limits<std::int64_t>::max() / 4;
 
 /// Decoders for which leaving out unreferenced pictures changes nothing in the others.
 bool mayLeaveOutPictures(const AVCodecParameters& parameters) {
@@ -57,49 +62,53 @@ FrameSource::FrameSource(const QString& path, const std::stop_token& stop)
 
 void FrameSource::adoptTable() {
     m_run = {};
+    ++m_timelineRevision;
     m_reader.setTable(PacketTable::make(m_reader.path(), m_reader.stopToken()));
     findFirstPicture();
 }
 
 void FrameSource::findFirstPicture() {
     begin(m_queue.beginAtStart());
-    m_run.next = decodeNext(std::numeric_limits<std::int64_t>::min());
+    m_run.next = decodeNext(everyPicture);
     if (!m_run.next)
         throw MediaError::make(Category::NoPicture);
     if (!m_reader.hasOwnTimeline())
         m_zero = m_run.next->presentationTime();
 }
 
-std::int64_t FrameSource::toTick(const CMTime& time, AVRounding rounding) const {
-    const AVRational timeBase = m_reader.stream().time_base;
-    return av_rescale_q_rnd(time.value, {1, time.timescale}, timeBase, rounding);
+Timeline FrameSource::timeline() const noexcept {
+    return {m_reader.stream().time_base, m_zero};
+}
+
+void FrameSource::setPairHandler(PairHandler handler, int trail) {
+    m_pairHandler = std::move(handler);
+    m_trail = trail;
+}
+
+FrameSource::Target FrameSource::targetAt(std::int64_t tick) {
+    return {tick, tick, tick + 1, tick};
 }
 
 FrameSource::Target FrameSource::targetFor(const CMTime& time, const Tolerance& tolerance) const {
     if (!time.isNumeric() || time.timescale <= 0 || time.value < 0)
         throw MediaError::make(Category::TimeOutOfRange);
-    constexpr std::int64_t farthest = std::numeric_limits<std::int64_t>::max() / 4;
-    Target target;
-    target.tick = toTick(time, AV_ROUND_DOWN);
-    target.endTick = toTick(time, AV_ROUND_UP);
-    if (target.tick < 0 || target.tick > farthest || target.endTick < 0)
+    const Timeline line = timeline();
+    const std::int64_t ticks = line.toTicks(time, AV_ROUND_DOWN);
+    if (ticks < 0 || ticks > farthestTick)
         throw MediaError::make(Category::TimeOutOfRange);
-    target.tick += m_zero;
-    target.endTick += m_zero;
-    target.soonEnough = target.tick + 1;
+    Target target = targetAt(m_zero + ticks);
+    target.endTick = line.tickAtOrAfter(time);
     if (tolerance.before == CMTime::positiveInfinity())
         target.soonEnough = std::numeric_limits<std::int64_t>::min();
     else if (tolerance.before > CMTime::zero() && tolerance.before.timescale > 0)
-        target.soonEnough = target.endTick - toTick(tolerance.before, AV_ROUND_DOWN);
-    target.lateEnough = target.tick;
+        target.soonEnough = target.endTick - line.toTicks(tolerance.before, AV_ROUND_DOWN);
     if (tolerance.after.isNumeric() && tolerance.after.timescale > 0)
-        target.lateEnough += toTick(tolerance.after, AV_ROUND_DOWN);
+        target.lateEnough += line.toTicks(tolerance.after, AV_ROUND_DOWN);
     return target;
 }
 
 CMTime FrameSource::filmTime(const VideoFrame& frame) const {
-    const AVRational timeBase = m_reader.stream().time_base;
-    return CMTime::make((frame.presentationTime() - m_zero) * timeBase.num, timeBase.den);
+    return timeline().timeOf(frame.presentationTime());
 }
 
 SharedFrame FrameSource::frameAt(const CMTime& time, const Tolerance& tolerance,
@@ -107,14 +116,26 @@ SharedFrame FrameSource::frameAt(const CMTime& time, const Tolerance& tolerance,
     m_reader.setStopToken(stop);
     m_reader.throwIfStopped();
     try {
-        return locate(targetFor(time, tolerance));
-    } catch (const TimesMissing&) {
-        adoptTable();
-        return locate(targetFor(time, tolerance));
+        return locateOrAdoptTable(time, tolerance);
     } catch (...) {
         m_run.isUsable = false;
         throw;
     }
+}
+
+SharedFrame FrameSource::locateOrAdoptTable(const CMTime& time, const Tolerance& tolerance) {
+    try {
+        return locateInside(targetFor(time, tolerance));
+    } catch (const TimesMissing&) {
+        adoptTable();
+        return locateInside(targetFor(time, tolerance));
+    }
+}
+
+SharedFrame FrameSource::locateInside(const Target& target) {
+    SharedFrame frame = locate(target);
+    throwIfPastEnd(target);
+    return frame;
 }
 
 bool FrameSource::isNearEnough(const Target& target) const {
@@ -127,10 +148,8 @@ bool FrameSource::isNearEnough(const Target& target) const {
 SharedFrame FrameSource::locate(const Target& target) {
     if (isNearEnough(target))
         return m_run.shown;
-    if (prepareToContinue(target) && advanceTo(target) == Outcome::Found && !m_run.isDoubtful) {
-        throwIfPastEnd(target);
+    if (prepareToContinue(target) && advanceTo(target) == Outcome::Found && !m_run.isDoubtful)
         return m_run.shown;
-    }
     return locateFromKey(target);
 }
 
@@ -142,10 +161,8 @@ SharedFrame FrameSource::locateFromKey(const Target& target) {
         // From the start too a second try may do better: some decoders learn only while they decode
         // how far a stream reorders its pictures.
         const bool isLastWord = attempt >= maximumDoubts || (isFromStart && attempt > 1);
-        if (outcome == Outcome::Found && (!m_run.isDoubtful || isLastWord)) {
-            throwIfPastEnd(target);
+        if (outcome == Outcome::Found && (!m_run.isDoubtful || isLastWord))
             return m_run.shown;
-        }
         if (isFromStart && attempt > 1)
             throw MediaError::make(Category::NoPicture);
         begin(isFromStart ? m_queue.beginAtStart()
@@ -177,21 +194,109 @@ bool FrameSource::prepareToContinue(const Target& target) {
     return true;
 }
 
+SharedFrame FrameSource::frameAfter(Damage damage, const std::stop_token& stop) {
+    m_reader.setStopToken(stop);
+    m_reader.throwIfStopped();
+    Q_ASSERT(m_run.isUsable && m_run.shown);
+    const CMTime here = filmTime(*m_run.shown);
+    try {
+        return following(damage);
+    } catch (const TimesMissing&) {
+        adoptTable();
+        return locate(targetFor(here, {}));
+    } catch (...) {
+        m_run.isUsable = false;
+        throw;
+    }
+}
+
+SharedFrame FrameSource::following(Damage damage) {
+    const std::int64_t last = m_run.shown->presentationTime();
+    const bool wasDoubtful = m_run.isDoubtful;
+    bool mayRetry = damage == Damage::Retry && !wasDoubtful;
+    while (m_run.next || decodeAhead(everyPicture)) {
+        const std::int64_t time = m_run.next->presentationTime();
+        if (time > last) {
+            m_queue.readAheadTo(time);
+            if (const auto seam = m_queue.seamWithin(last, time))
+                return locateFromKey(targetAt(*seam));
+            if (!mayRetry || (!m_run.isDoubtful && !isPictureMissingAfter(last)))
+                break;
+            mayRetry = false;
+            if (SharedFrame frame = retryAfter(last))
+                return frame;
+            m_run.isDoubtful = true; // once is enough for one damaged stretch
+            continue;
+        }
+        showNext();
+    }
+    if (!m_run.next)
+        return nullptr;
+    showNext();
+    if (m_run.shown->avFrame().key_frame != 0 && m_run.shown->isIntact())
+        m_run.isDoubtful = false; // nothing after it leans on what came before
+    return m_run.shown;
+}
+
+SharedFrame FrameSource::retryAfter(std::int64_t last) {
+    const std::int64_t first =
+        m_queue.frameTimeAfter(last).value_or(m_run.next->presentationTime());
+    SharedFrame frame = locateFromKey(targetAt(first));
+    return frame->presentationTime() > last ? frame : nullptr;
+}
+
+bool FrameSource::isPictureMissingAfter(std::int64_t last) const {
+    // The two fields of a picture may come in packets with times of their own.
+    if (m_run.next->avFrame().interlaced_frame != 0)
+        return false;
+    const auto before = m_queue.frameTimeBefore(m_run.next->presentationTime() - 1);
+    return before && *before > last;
+}
+
+CMTime FrameSource::endTime(const std::stop_token& stop) {
+    m_reader.setStopToken(stop);
+    m_reader.throwIfStopped();
+    try {
+        return timeline().timeOf(locateEnd());
+    } catch (const TimesMissing&) {
+        adoptTable();
+        return timeline().timeOf(locateEnd());
+    } catch (...) {
+        m_run.isUsable = false;
+        throw;
+    }
+}
+
+std::int64_t FrameSource::locateEnd() {
+    (void)locateFromKey(targetAt(std::max(m_zero, estimatedEndTick())));
+    (void)advanceTo(targetAt(farthestTick));
+    return endOfLastFrame();
+}
+
+std::int64_t FrameSource::estimatedEndTick() const {
+    if (m_reader.table())
+        return farthestTick;
+    const AVStream& stream = m_reader.stream();
+    if (stream.duration > 0 && stream.start_time != AV_NOPTS_VALUE)
+        return stream.start_time + stream.duration;
+    const AVFormatContext& format = m_reader.format();
+    if (format.duration <= 0)
+        return m_zero;
+    const std::int64_t start = format.start_time != AV_NOPTS_VALUE ? format.start_time : 0;
+    return av_rescale_q(start + format.duration, {1, AV_TIME_BASE}, stream.time_base);
+}
+
 FrameSource::Outcome FrameSource::advanceTo(const Target& target) {
     m_queue.readAheadTo(target.tick);
     for (;;) {
         if (m_run.next) {
             if (m_run.next->presentationTime() > target.tick)
                 break;
-            if (m_run.shown)
-                m_run.spacing = m_run.next->presentationTime() - m_run.shown->presentationTime();
-            m_run.shown = std::exchange(m_run.next, nullptr);
-            m_queue.forgetBefore(m_run.shown->presentationTime());
+            showNext();
         }
         if (m_run.shown && isSettled(target))
             return Outcome::Found;
-        m_run.next = decodeNext(target.tick);
-        if (!m_run.next)
+        if (!decodeAhead(target.tick))
             break;
     }
     if (!m_run.shown) {
@@ -204,6 +309,25 @@ FrameSource::Outcome FrameSource::advanceTo(const Target& target) {
     if (expected && *expected > m_run.shown->presentationTime())
         m_run.isDoubtful = true;
     return Outcome::Found;
+}
+
+void FrameSource::showNext() {
+    if (m_run.shown)
+        m_run.spacing = m_run.next->presentationTime() - m_run.shown->presentationTime();
+    m_run.shown = std::exchange(m_run.next, nullptr);
+    m_queue.forgetBefore(m_run.shown->presentationTime());
+}
+
+bool FrameSource::decodeAhead(std::int64_t tick) {
+    m_run.next = decodeNext(tick);
+    if (!m_run.next)
+        return false;
+    const bool isPair = m_run.shown && !m_run.isDoubtful &&
+                        m_run.shown->presentationTime() >= m_run.completeFrom &&
+                        m_run.next->presentationTime() > m_run.shown->presentationTime();
+    if (isPair && m_pairHandler)
+        m_pairHandler(m_run.shown, m_run.next);
+    return true;
 }
 
 bool FrameSource::isSettled(const Target& target) const {
@@ -255,12 +379,12 @@ void FrameSource::sendNext(std::int64_t tick) {
     const libav::Packet packet = m_queue.pop();
     m_run.hasSentEnd = !packet;
     m_packetsDecoded += packet ? 1 : 0;
-    // The frames next to the one wanted are decoded in any case: field pairs count as two here.
-    constexpr int alwaysDecoded = 4;
     const auto threshold =
-        m_mayLeaveOut ? m_queue.frameTimeBefore(tick, alwaysDecoded) : std::nullopt;
+        m_mayLeaveOut ? m_queue.frameTimeBefore(tick, std::max(m_trail, leastTrail)) : std::nullopt;
     const bool isOnTheWay =
         packet && packet->pts != AV_NOPTS_VALUE && threshold && packet->pts < *threshold;
+    if (isOnTheWay)
+        m_run.completeFrom = std::max(m_run.completeFrom, packet->pts + 1);
     m_decoder.send(packet.get(), isOnTheWay ? VideoDecoder::Effort::ReferencesOnly
                                             : VideoDecoder::Effort::EveryPicture);
 }

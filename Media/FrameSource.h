@@ -1,9 +1,11 @@
 // Exact access to the decoded frames of a film. One thread at a time.
 #pragma once
 
-#include "Media/CMTime.h"
 #include "Media/PacketQueue.h"
+#include "Media/Timeline.h"
 #include "Media/VideoDecoder.h"
+
+#include <functional>
 
 namespace stillwick {
 
@@ -31,8 +33,32 @@ public:
     [[nodiscard]] SharedFrame frameAt(const CMTime& time, const Tolerance& tolerance,
                                       const std::stop_token& stop);
 
+    /// What to do about a frame that came out damaged.
+    enum class Damage {
+        Retry, ///< decode it again from earlier key packets, as `frameAt` does
+        Leave, ///< take it as it is
+    };
+    /// The frame that follows the one last given; null where that was the last. Every picture is
+    /// decoded from here on. A frame must have been given, and no request have failed since.
+    /// *Errors*: MediaError Cancelled, ReadFailed.
+    [[nodiscard]] SharedFrame frameAfter(Damage damage, const std::stop_token& stop);
+
+    /// The time at which the last frame ends. *Errors*: as `frameAt`.
+    [[nodiscard]] CMTime endTime(const std::stop_token& stop);
+    /// The tick at which the frame last given ends, were it the last.
+    [[nodiscard]] std::int64_t endTickOfGiven() const { return endOfLastFrame(); }
+
+    /// Is told, on the thread of the request, of each two frames next to each other that are met
+    /// on the way. At least `trail` frames before the one wanted are decoded for it.
+    using PairHandler = std::function<void(const SharedFrame& frame, const SharedFrame& next)>;
+    void setPairHandler(PairHandler handler, int trail);
+
     /// A frame's presentation time as a time of the film, exact in the track's time base.
     [[nodiscard]] CMTime filmTime(const VideoFrame& frame) const;
+    [[nodiscard]] Timeline timeline() const noexcept;
+    /// Counts how often all presentation times have changed: a film may turn out in its midst to
+    /// have none of its own.
+    [[nodiscard]] int timelineRevision() const noexcept { return m_timelineRevision; }
     [[nodiscard]] const PacketReader& reader() const noexcept { return m_reader; }
     /// What all requests so far have cost.
     [[nodiscard]] std::int64_t packetsDecoded() const noexcept { return m_packetsDecoded; }
@@ -56,19 +82,30 @@ private:
         SharedFrame shown;        ///< the last frame not after the target
         SharedFrame next;         ///< the frame after it, where it is decoded already
         std::int64_t spacing = 0; ///< between the last two frames
+        /// Before this, pictures were left out.
+        std::int64_t completeFrom = std::numeric_limits<std::int64_t>::min();
     };
     enum class Outcome { Found, MustBeginEarlier };
 
     [[nodiscard]] Target targetFor(const CMTime& time, const Tolerance& tolerance) const;
-    [[nodiscard]] std::int64_t toTick(const CMTime& time, AVRounding rounding) const;
+    [[nodiscard]] static Target targetAt(std::int64_t tick);
     void adoptTable();
     void findFirstPicture();
+    [[nodiscard]] SharedFrame locateOrAdoptTable(const CMTime& time, const Tolerance& tolerance);
+    [[nodiscard]] SharedFrame locateInside(const Target& target);
     [[nodiscard]] SharedFrame locate(const Target& target);
     [[nodiscard]] SharedFrame locateFromKey(const Target& target);
     [[nodiscard]] bool isNearEnough(const Target& target) const;
     [[nodiscard]] bool prepareToContinue(const Target& target);
     void begin(const PacketQueue::Entry& entry);
     [[nodiscard]] Outcome advanceTo(const Target& target);
+    [[nodiscard]] bool decodeAhead(std::int64_t tick);
+    void showNext();
+    [[nodiscard]] SharedFrame following(Damage damage);
+    [[nodiscard]] SharedFrame retryAfter(std::int64_t last);
+    [[nodiscard]] bool isPictureMissingAfter(std::int64_t last) const;
+    [[nodiscard]] std::int64_t locateEnd();
+    [[nodiscard]] std::int64_t estimatedEndTick() const;
     [[nodiscard]] bool isSettled(const Target& target) const;
     [[nodiscard]] SharedFrame decodeNext(std::int64_t tick);
     [[nodiscard]] bool isAcceptable(const VideoFrame& frame);
@@ -82,7 +119,10 @@ private:
     bool m_mayLeaveOut = false; ///< pictures that none depends on may be skipped on the way
     bool m_hasTimes = false;    ///< a picture with a time was met
     std::int64_t m_zero = 0;
+    int m_timelineRevision = 0;
     std::int64_t m_packetsDecoded = 0;
+    PairHandler m_pairHandler;
+    int m_trail = 0;
     Run m_run;
 };
 

@@ -157,6 +157,16 @@ std::optional<std::int64_t> PacketQueue::frameTimeBefore(std::int64_t tick, int 
     return *after;
 }
 
+std::optional<std::int64_t> PacketQueue::frameTimeAfter(std::int64_t tick) const {
+    const auto after = m_times.upper_bound(tick);
+    return after == m_times.end() ? std::nullopt : std::optional(*after);
+}
+
+std::optional<std::int64_t> PacketQueue::seamWithin(std::int64_t from, std::int64_t to) const {
+    const auto seam = m_seams.upper_bound(from);
+    return seam == m_seams.end() || *seam > to ? std::nullopt : std::optional(*seam);
+}
+
 bool PacketQueue::isLastFrame(std::int64_t time) const {
     return m_isAtEnd && m_times.upper_bound(time) == m_times.end();
 }

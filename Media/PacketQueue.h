@@ -50,6 +50,10 @@ public:
     /// say it; none where they do not say.
     [[nodiscard]] std::optional<std::int64_t> frameTimeBefore(std::int64_t tick,
                                                               int count = 1) const;
+    /// The time of the first frame after `tick`, as far as packets were read.
+    [[nodiscard]] std::optional<std::int64_t> frameTimeAfter(std::int64_t tick) const;
+    /// The first seam after `from`, up to `to`.
+    [[nodiscard]] std::optional<std::int64_t> seamWithin(std::int64_t from, std::int64_t to) const;
     [[nodiscard]] bool isLastFrame(std::int64_t time) const;
     /// Frees what is known of packets shown before `time`, but for the few before it.
     void forgetBefore(std::int64_t time);
