@@ -296,7 +296,8 @@ FrameSource::Outcome FrameSource::advanceTo(const Target& target) {
         }
         if (m_run.shown && isSettled(target))
             return Outcome::Found;
-        if (!decodeAhead(target.tick))
+        // A frame that is good enough may be the first met: what follows it must be complete.
+        if (!decodeAhead(std::min(target.tick, target.soonEnough)))
             break;
     }
     if (!m_run.shown) {

@@ -43,6 +43,9 @@ public:
     /// *Errors*: MediaError Cancelled, ReadFailed.
     [[nodiscard]] SharedFrame frameAfter(Damage damage, const std::stop_token& stop);
 
+    /// True while what comes out may lean on something damaged or missing.
+    [[nodiscard]] bool isDoubtful() const noexcept { return m_run.isDoubtful; }
+
     /// The time at which the last frame ends. *Errors*: as `frameAt`.
     [[nodiscard]] CMTime endTime(const std::stop_token& stop);
     /// The tick at which the frame last given ends, were it the last.

@@ -1,5 +1,6 @@
 #include "Media/ImageGenerator.h"
 
+#include "Media/FrameCache.h"
 #include "Media/FrameSource.h"
 #include "Media/MediaAsset.h"
 #include "Media/PictureConverter.h"
@@ -33,18 +34,35 @@ QThreadPool& grabbingPool() {
 struct ImageGenerator::Core {
     explicit Core(std::shared_ptr<const MediaAsset> film) : asset(std::move(film)) {}
 
-    [[nodiscard]] Result grab(const CMTime& time, const Settings& settings,
+    /// The frame that a player of the film holds for a time, as it was when it was asked for.
+    struct Held {
+        SharedFrame frame;
+        CMTime time;
+    };
+
+    [[nodiscard]] Held heldFrame(const CMTime& time) const {
+        const FrameCache& cache = *asset->frameCache();
+        SharedFrame frame = cache.frameAt(time);
+        const CMTime start = frame ? cache.timeline().timeOf(frame->presentationTime()) : CMTime();
+        return {std::move(frame), start};
+    }
+
+    [[nodiscard]] Result grab(const CMTime& time, const Settings& settings, const Held& held,
                               const std::stop_token& stop) {
+        const auto orientation = settings.appliesPreferredTrackTransform
+                                     ? PictureConverter::Orientation::Upright
+                                     : PictureConverter::Orientation::AsStored;
         try {
+            if (stop.stop_requested())
+                throw MediaError::make(MediaError::Category::Cancelled);
+            if (held.frame)
+                return {PictureConverter().convert(*held.frame, orientation), held.time, {}};
             const Turn turn(*this, stop);
             if (!source)
                 source = asset->takeFrameSource(stop);
             const SharedFrame frame =
                 source->frameAt(time, {settings.toleranceBefore, settings.toleranceAfter}, stop);
-            const auto orientation = settings.appliesPreferredTrackTransform
-                                         ? PictureConverter::Orientation::Upright
-                                         : PictureConverter::Orientation::AsStored;
-            return {converter.convert(*frame, orientation), source->filmTime(*frame), std::nullopt};
+            return {converter.convert(*frame, orientation), source->filmTime(*frame), {}};
         } catch (const MediaError& error) {
             return {{}, {}, error};
         } catch (const std::bad_alloc&) {
@@ -106,14 +124,16 @@ void ImageGenerator::setRequestedTimeToleranceAfter(const CMTime& tolerance) {
 
 void ImageGenerator::generateImageAsynchronously(const CMTime& time, CompletionHandler completion,
                                                  std::stop_token stop) const {
-    grabbingPool().start(
-        [core = m_core, settings = m_settings, time, stop = std::move(stop),
-         completion = std::move(completion)] { completion(core->grab(time, settings, stop)); });
+    grabbingPool().start([core = m_core, settings = m_settings, time,
+                          held = m_core->heldFrame(time), stop = std::move(stop),
+                          completion = std::move(completion)] {
+        completion(core->grab(time, settings, held, stop));
+    });
 }
 
 ImageGenerator::Result ImageGenerator::generateImage(const CMTime& time,
                                                      const std::stop_token& stop) const {
-    return m_core->grab(time, m_settings, stop);
+    return m_core->grab(time, m_settings, m_core->heldFrame(time), stop);
 }
 
 } // namespace stillwick
