@@ -5,11 +5,14 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/avstring.h>
+#include <libavutil/channel_layout.h>
 #include <libavutil/display.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/mastering_display_metadata.h>
 #include <libavutil/mathematics.h>
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
+#include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
@@ -25,6 +28,7 @@ struct Deleter {
     void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
     void operator()(AVDictionary* dictionary) const noexcept { av_dict_free(&dictionary); }
     void operator()(SwsContext* context) const noexcept { sws_freeContext(context); }
+    void operator()(SwrContext* context) const noexcept { swr_free(&context); }
 };
 
 using FormatContext = std::unique_ptr<AVFormatContext, Deleter>;
@@ -32,6 +36,7 @@ using CodecContext = std::unique_ptr<AVCodecContext, Deleter>;
 using Packet = std::unique_ptr<AVPacket, Deleter>;
 using Frame = std::unique_ptr<AVFrame, Deleter>;
 using Scaler = std::unique_ptr<SwsContext, Deleter>;
+using Resampler = std::unique_ptr<SwrContext, Deleter>;
 
 template <typename Handle>
 [[nodiscard]] Handle checked(Handle handle) {

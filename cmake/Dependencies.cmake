@@ -5,7 +5,7 @@ find_package(QCoro6 REQUIRED COMPONENTS Core)
 find_package(Threads REQUIRED)
 
 pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET
-    libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
+    libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6 libswresample>=4)
 pkg_check_modules(ZIMG REQUIRED IMPORTED_TARGET zimg>=3.0)
 pkg_check_modules(LIBPNG REQUIRED IMPORTED_TARGET libpng>=1.6)
 

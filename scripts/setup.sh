@@ -6,7 +6,7 @@ stillwick_packages() {
     case $1 in
         build) echo g++ cmake ninja-build ccache pkg-config \
             qt6-base-dev libgl1-mesa-dev qcoro-qt6-dev \
-            libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libzimg-dev \
+            libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
             libpng-dev libopencv-core-dev libopencv-imgproc-dev ;;
         test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
@@ -45,7 +45,8 @@ stillwick_require_tools() {
         command -v "$tool" >/dev/null || missing+=("$tool")
     done
     if command -v pkg-config >/dev/null; then
-        for module in Qt6Core Qt6Gui libavformat libavcodec libavutil libswscale zimg libpng; do
+        for module in Qt6Core Qt6Gui libavformat libavcodec libavutil libswscale \
+            libswresample zimg libpng; do
             pkg-config --exists "$module" || missing+=("$module")
         done
     fi
