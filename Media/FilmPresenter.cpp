@@ -31,9 +31,11 @@ constexpr auto shortWait = 5ms;
 FilmPresenter::FilmPresenter(std::shared_ptr<const MediaAsset> asset, std::function<void()> wake,
                              std::unique_ptr<FilmPresenter> predecessor)
     : m_asset(std::move(asset)), m_cache(m_asset->frameCache()), m_wake(std::move(wake)),
-      m_clock(std::make_shared<PlaybackClock>()), m_sound(m_asset->path(), m_clock),
-      m_commands{{Command::Verb::Seek, 0, CMTime::zero(), 0, nullptr}},
-      m_predecessor(std::move(predecessor)), m_thread([this](const std::stop_token& stop) { run(stop); }) {}
+      m_clock(std::make_shared<PlaybackClock>()),
+      m_sound(m_asset->path(), m_clock), m_commands{{Command::Verb::Seek, 0, CMTime::zero(), 0,
+                                                     nullptr}},
+      m_predecessor(std::move(predecessor)),
+      m_thread([this](const std::stop_token& stop) { run(stop); }) {}
 
 FilmPresenter::~FilmPresenter() {
     dismiss();
@@ -160,7 +162,7 @@ void FilmPresenter::carryOut(const Command& command, const std::stop_token& stop
             break;
         }
     } catch (const MediaError& error) {
-        if (error.category() != MediaError::Category::Cancelled)
+        if (!replacement.stop_requested())
             presentFailure(error);
     } catch (const std::bad_alloc&) {
         presentFailure(MediaError::make(MediaError::Category::OutOfMemory));
@@ -289,8 +291,7 @@ void FilmPresenter::startPlaying(const std::stop_token& stop) {
     if (hasCommand() || stop.stop_requested())
         return;
     const Timeline line = m_cache->timeline();
-    const std::chrono::nanoseconds zero(
-        av_rescale_q(line.zero, line.timeBase, {1, 1'000'000'000}));
+    const std::chrono::nanoseconds zero(av_rescale_q(line.zero, line.timeBase, {1, 1'000'000'000}));
     const auto from = std::chrono::nanoseconds(
         av_rescale(m_time.value, 1'000'000'000, std::max(1, m_time.timescale)));
     m_sound.play(from, zero);
@@ -329,8 +330,8 @@ bool FilmPresenter::waitForMore(std::int64_t progress, const std::stop_token& st
         m_loader->waitForProgress(progress, now + shortWait, stop);
         return true;
     }
-    const auto due = isLast && end ? m_clock->steadyTimeOf(m_cache->timeline().nanosecondsOf(*end))
-                                   : now;
+    const auto due =
+        isLast && end ? m_clock->steadyTimeOf(m_cache->timeline().nanosecondsOf(*end)) : now;
     if (now < due) {
         waitForCommand(due, stop);
         return true;
@@ -381,7 +382,9 @@ bool FilmPresenter::waitUntilDue(const VideoFrame& frame, const std::stop_token&
 
 void FilmPresenter::waitForCommand(SteadyClock::time_point deadline, const std::stop_token& stop) {
     std::unique_lock lock(m_mutex);
-    const auto isThere = [this] { return !m_commands.empty(); };
+    const auto isThere = [this] {
+        return !m_commands.empty();
+    };
     if (deadline == SteadyClock::time_point::max())
         m_commandsChanged.wait(lock, stop, isThere);
     else
@@ -398,9 +401,8 @@ std::chrono::nanoseconds FilmPresenter::startOf(const VideoFrame& frame) const {
 }
 
 bool FilmPresenter::isConverted(const VideoFrame& frame) const {
-    return std::any_of(m_pictures.begin(), m_pictures.end(), [&frame](const Picture& picture) {
-        return picture.frame.get() == &frame;
-    });
+    return std::any_of(m_pictures.begin(), m_pictures.end(),
+                       [&frame](const Picture& picture) { return picture.frame.get() == &frame; });
 }
 
 const QImage& FilmPresenter::pictureOf(const SharedFrame& frame) {

@@ -51,8 +51,7 @@ public:
 
 private:
     void divide() {
-        const std::size_t share =
-            FrameCache::bound() / std::max<std::size_t>(1, m_caches.size());
+        const std::size_t share = FrameCache::bound() / std::max<std::size_t>(1, m_caches.size());
         m_share.store(share);
         for (FrameCache* cache : m_caches)
             cache->trim(share);
@@ -153,7 +152,7 @@ std::int64_t FrameCache::distanceOf(std::int64_t time) const {
     constexpr std::int64_t behindTheBack = 4;
     const std::int64_t ahead = time - m_position;
     if (ahead >= 0)
-        return ahead * (m_course == Course::Backward ? behindTheBack
+        return ahead * (m_course == Course::Backward  ? behindTheBack
                         : m_course == Course::Resting ? 2
                                                       : 1);
     return -ahead * (m_course == Course::Forward ? behindTheBack : 1);
@@ -168,8 +167,7 @@ void FrameCache::trimUnlocked(std::size_t limit) {
     while (m_bytes > limit && m_entries.size() > 1) {
         const auto first = m_entries.begin();
         const auto last = std::prev(m_entries.end());
-        const auto dropped =
-            distanceOf(first->first) >= distanceOf(last->first) ? first : last;
+        const auto dropped = distanceOf(first->first) >= distanceOf(last->first) ? first : last;
         m_bytes -= dropped->second.bytes;
         m_entries.erase(dropped);
     }
@@ -198,16 +196,14 @@ SharedFrame FrameCache::frameAt(const CMTime& time) const {
     return entry->second.next && *entry->second.next > tick ? entry->second.frame : nullptr;
 }
 
-FrameCache::Entries::const_iterator
-FrameCache::entryAfter(Entries::const_iterator entry) const {
+FrameCache::Entries::const_iterator FrameCache::entryAfter(Entries::const_iterator entry) const {
     if (!entry->second.next)
         return m_entries.end();
     const auto next = std::next(entry);
     return next != m_entries.end() && next->first == *entry->second.next ? next : m_entries.end();
 }
 
-FrameCache::Entries::const_iterator
-FrameCache::entryBefore(Entries::const_iterator entry) const {
+FrameCache::Entries::const_iterator FrameCache::entryBefore(Entries::const_iterator entry) const {
     if (entry == m_entries.begin())
         return m_entries.end();
     const auto before = std::prev(entry);

@@ -174,7 +174,9 @@ bool FrameLoader::waitForWork(const std::stop_token& stop) {
     // Resting begins by itself: then there is other work.
     const bool isMoving = m_position.frame && m_position.course != Course::Resting &&
                           m_position.course != Course::Playing;
-    const auto isWork = [this] { return m_want || m_hasNewPosition; };
+    const auto isWork = [this] {
+        return m_want || m_hasNewPosition;
+    };
     if (!isMoving)
         return m_workChanged.wait(lock, stop, isWork);
     if (!m_workChanged.wait_until(lock, stop, m_position.since + restAfter, isWork))
@@ -412,7 +414,7 @@ bool FrameLoader::prefetchFor(const Position& position, const std::stop_token& s
         return playAhead(*stretch, place, stop);
     const bool isMovingOn = position.course == Course::Forward;
     const bool isAtItAhead = m_sourceAt == stretch->last && !m_fill;
-    const int wanted = isAtItAhead || isMovingOn              ? manyAhead
+    const int wanted = isAtItAhead || isMovingOn             ? manyAhead
                        : position.course == Course::Backward ? 1
                                                              : fewAhead;
     if (canGoOnAfter(*stretch) && stretch->framesAhead < wanted &&
@@ -432,10 +434,10 @@ bool FrameLoader::playAhead(const FrameCache::Stretch& stretch, std::int64_t pos
                             const std::stop_token& stop) {
     const Timeline line = m_source->timeline();
     const auto ahead = line.nanosecondsOf(stretch.last) - line.nanosecondsOf(position);
-    const bool isEnough = stretch.framesAhead > 0 &&
-                          (ahead >= aheadWhilePlaying ||
-                           stretch.framesAhead >= framesAheadWhilePlaying ||
-                           stretch.bytesAhead >= FrameCache::share() / 2);
+    const bool isEnough =
+        stretch.framesAhead > 0 &&
+        (ahead >= aheadWhilePlaying || stretch.framesAhead >= framesAheadWhilePlaying ||
+         stretch.bytesAhead >= FrameCache::share() / 2);
     return !isEnough && canGoOnAfter(stretch) &&
            stepAhead(stretch.last, FrameSource::Damage::Leave, stop);
 }

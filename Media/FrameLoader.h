@@ -129,7 +129,7 @@ private:
     std::optional<std::int64_t> m_sourceAt; ///< the time of the frame that the source gave last
     std::optional<Fill> m_fill;
     std::optional<FillTried> m_fillTried;
-    std::int64_t m_lastIntact = 0;             ///< while playing
+    std::int64_t m_lastIntact = 0; ///< while playing
     std::jthread m_thread;
 };
 

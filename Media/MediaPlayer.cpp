@@ -116,8 +116,7 @@ void MediaPlayer::takePresentation() {
 
 void MediaPlayer::show(const FilmPresenter::Presentation& presentation) {
     using Kind = FilmPresenter::Presentation::Kind;
-    const bool isOfPlaying =
-        presentation.kind == Kind::Playing || presentation.kind == Kind::Ended;
+    const bool isOfPlaying = presentation.kind == Kind::Playing || presentation.kind == Kind::Ended;
     if (isOfPlaying && presentation.serial < m_paused)
         return;
     m_frame = presentation.frame;

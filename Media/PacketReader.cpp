@@ -116,7 +116,16 @@ libav::Packet PacketReader::read() {
     return packet;
 }
 
+/// A read that was withdrawn would make all later ones fail.
+void PacketReader::forgetReadError() {
+    if (AVIOContext* file = m_format->pb; file && file->error != 0) {
+        file->error = 0;
+        file->eof_reached = 0;
+    }
+}
+
 bool PacketReader::seekBefore(std::int64_t timestamp) {
+    forgetReadError();
     m_pushedBack.reset();
     m_isAtStart = false;
     if (m_table) {
@@ -140,6 +149,7 @@ bool PacketReader::seekBefore(std::int64_t timestamp) {
 }
 
 void PacketReader::rewind() {
+    forgetReadError();
     m_ordinal = 0;
     if (m_isAtStart)
         return;

@@ -71,6 +71,7 @@ private:
     [[nodiscard]] static Identity identityOf(const AVPacket& packet);
     void open();
     void reopen();
+    void forgetReadError();
     void skipToOrdinal(std::int64_t ordinal);
     [[nodiscard]] bool seekToOrdinal(std::int64_t ordinal);
     [[nodiscard]] libav::Packet readFromContainer();

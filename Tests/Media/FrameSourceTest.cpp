@@ -229,6 +229,26 @@ TEST(FrameSourceTest, AWithdrawnRequestEndsSoonAndTheNextIsAnswered) {
               hashOfPlanes(&fresh.frameAt(CMTime::make(40, 60), {}, {})->avFrame()));
 }
 
+TEST(FrameSourceTest, ARequestWithdrawnWhileItReadsLeavesTheFilmReadable) {
+    for (const char* name :
+         {"closed_h264.ts", "closed_h264.mkv", "damaged.mpg", "closed_h264.avi"}) {
+        FrameSource source(clip(name), {});
+        for (int i = 0; i < 60; ++i) {
+            std::stop_source stop;
+            std::thread caller([&stop, i] {
+                const auto moment =
+                    std::chrono::steady_clock::now() + std::chrono::microseconds(30 * i);
+                while (std::chrono::steady_clock::now() < moment) {
+                }
+                stop.request_stop();
+            });
+            (void)refusalOf(source, CMTime::make(i % 2 == 0 ? 70 : 40, 30), stop.get_token());
+            caller.join();
+            EXPECT_EQ(refusalOf(source, CMTime::make(i % 7 * 10, 30)), std::nullopt) << name;
+        }
+    }
+}
+
 TEST(FrameSourceTest, ARequestWithdrawnBeforehandTouchesNothing) {
     FrameSource source(clip("closed_h264.mp4"), {});
     (void)source.frameAt(CMTime::make(1, 1), {}, {});

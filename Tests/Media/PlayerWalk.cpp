@@ -69,9 +69,10 @@ public:
         ++m_walk.comparisons;
         const CMTime time = m_player.currentTime();
         const ImageGenerator::Result grabbed = m_generator->generateImage(time);
-        const QString place =
-            QStringLiteral(" at %1/%2 (operation %3)").arg(time.value).arg(time.timescale)
-                .arg(m_walk.operations);
+        const QString place = QStringLiteral(" at %1/%2 (operation %3)")
+                                  .arg(time.value)
+                                  .arg(time.timescale)
+                                  .arg(m_walk.operations);
         if (grabbed.error)
             fault(grabbed.error->description() + place);
         else if (grabbed.image != m_player.picture())

@@ -1,0 +1,477 @@
+// The player as whoever drives it sees it. That the pictures are the right ones is proved by random
+// walks in PlayerWalkTest.
+#include "EventLoop.h"
+#include "Reference.h"
+
+#include "Media/ImageGenerator.h"
+#include "Media/MediaAsset.h"
+#include "Media/MediaPlayer.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <string>
+#include <vector>
+
+namespace stillwick::testing {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Status = MediaPlayer::TimeControlStatus;
+
+// 90 pictures, 30 a second, a key picture every 24.
+const auto film = QStringLiteral(STILLWICK_CLIPS "/films/closed_h264.mp4");
+
+CMTime frameTime(std::int64_t frame) {
+    return CMTime::make(frame, 30);
+}
+
+CMTime middleOf(std::int64_t frame) {
+    return CMTime::make(2 * frame + 1, 60);
+}
+
+class MediaPlayerTest : public ::testing::Test {
+protected:
+    MediaPlayerTest() { application(); }
+
+    void open(const QString& path) {
+        asset = std::make_shared<MediaAsset>(path);
+        item = std::make_shared<MediaPlayerItem>(asset);
+        player.replaceCurrentItem(item);
+        ASSERT_TRUE(runUntil([this] { return !player.picture().isNull(); }));
+    }
+
+    void seekTo(const CMTime& time) {
+        player.seek(time, CMTime::zero(), CMTime::zero());
+        settle();
+    }
+
+    void stepBy(int count) {
+        item->step(count);
+        settle();
+    }
+
+    void settle() {
+        ASSERT_TRUE(runUntil([this] { return !player.isSeeking(); }));
+    }
+
+    [[nodiscard]] static QImage pictureAt(const QString& path, const CMTime& time) {
+        ImageGenerator generator(std::make_shared<MediaAsset>(path));
+        generator.setAppliesPreferredTrackTransform(true);
+        generator.setRequestedTimeToleranceBefore(CMTime::zero());
+        generator.setRequestedTimeToleranceAfter(CMTime::zero());
+        return generator.generateImage(time).image;
+    }
+
+    std::shared_ptr<MediaAsset> asset;
+    std::shared_ptr<MediaPlayerItem> item;
+    MediaPlayer player;
+};
+
+TEST_F(MediaPlayerTest, AnEmptyPlayerDoesNothing) {
+    player.play();
+    player.pause();
+    player.seek(CMTime::make(1, 1), CMTime::zero(), CMTime::zero());
+    EXPECT_EQ(player.timeControlStatus(), Status::Paused);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    EXPECT_TRUE(player.picture().isNull());
+    EXPECT_EQ(player.currentItem(), nullptr);
+}
+
+TEST_F(MediaPlayerTest, AFilmOpensPausedAtItsFirstPicture) {
+    open(film);
+    EXPECT_EQ(player.timeControlStatus(), Status::Paused);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    EXPECT_EQ(player.picture(), pictureAt(film, CMTime::zero()));
+}
+
+TEST_F(MediaPlayerTest, AfterASeekTheCurrentTimeIsTheTimeAskedFor) {
+    open(film);
+    for (const CMTime& time : {CMTime::make(1033, 600), CMTime::make(7, 1000), middleOf(71)}) {
+        seekTo(time);
+        EXPECT_EQ(player.currentTime().value, time.value);
+        EXPECT_EQ(player.currentTime().timescale, time.timescale);
+        EXPECT_EQ(player.picture(), pictureAt(film, time));
+    }
+}
+
+TEST_F(MediaPlayerTest, AfterAStepTheCurrentTimeIsTheFramesOwn) {
+    open(film);
+    seekTo(middleOf(15));
+    stepBy(1);
+    EXPECT_EQ(player.currentTime(), frameTime(16));
+    EXPECT_EQ(player.currentTime().timescale, 15360) << "the track's time base";
+    stepBy(-3);
+    EXPECT_EQ(player.currentTime(), frameTime(13));
+    EXPECT_EQ(player.picture(), pictureAt(film, middleOf(13)));
+}
+
+TEST_F(MediaPlayerTest, StepBackAtTheFirstFrameStaysThere) {
+    open(film);
+    stepBy(-1);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    stepBy(-100);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    stepBy(1);
+    EXPECT_EQ(player.currentTime(), frameTime(1));
+}
+
+TEST_F(MediaPlayerTest, StepOnAtTheLastFrameStaysThere) {
+    open(film);
+    seekTo(frameTime(88));
+    stepBy(5);
+    EXPECT_EQ(player.currentTime(), frameTime(89));
+    stepBy(1);
+    EXPECT_EQ(player.currentTime(), frameTime(89));
+    stepBy(-1);
+    EXPECT_EQ(player.currentTime(), frameTime(88));
+}
+
+TEST_F(MediaPlayerTest, StepsAskedFasterThanTheyCanBeShownAreAddedUp) {
+    open(film);
+    for (int i = 0; i < 50; ++i)
+        item->step(1);
+    for (int i = 0; i < 7; ++i)
+        item->step(-1);
+    settle();
+    EXPECT_EQ(player.currentTime(), frameTime(43));
+}
+
+TEST_F(MediaPlayerTest, AStepAskedDuringASeekCountsFromThePlaceSought) {
+    open(film);
+    player.seek(middleOf(60), CMTime::zero(), CMTime::zero());
+    item->step(-2);
+    settle();
+    EXPECT_EQ(player.currentTime(), frameTime(58));
+}
+
+TEST_F(MediaPlayerTest, ANewerSeekReplacesStepsAskedBefore) {
+    open(film);
+    item->step(30);
+    player.seek(middleOf(5), CMTime::zero(), CMTime::zero());
+    settle();
+    EXPECT_EQ(player.currentTime(), middleOf(5));
+}
+
+TEST_F(MediaPlayerTest, AStepDuringPlayingEndsItAndCountsFromThePictureSeen) {
+    open(film);
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(10); }));
+    const CMTime seen = player.currentTime();
+    item->step(1);
+    EXPECT_EQ(player.timeControlStatus(), Status::Paused);
+    settle();
+    EXPECT_EQ(player.currentTime(), seen + frameTime(1));
+}
+
+/// Walks through a film both ways; the times come from ffprobe.
+void expectEveryFrameOnce(MediaPlayer& player, MediaPlayerItem& item, const QString& path) {
+    const ReferenceFilm reference = referenceFor(path);
+    ASSERT_FALSE(reference.frames.empty());
+    const auto timeOf = [&reference](std::size_t index) {
+        return CMTime::make(reference.frames[index].time * reference.timeBaseNumerator,
+                            reference.timeBaseDenominator);
+    };
+    const auto settled = [&player] { return !player.isSeeking(); };
+    for (std::size_t i = 1; i < reference.frames.size(); ++i) {
+        item.step(1);
+        ASSERT_TRUE(runUntil(settled));
+        ASSERT_EQ(player.currentTime(), timeOf(i)) << "frame " << i;
+    }
+    for (std::size_t i = reference.frames.size() - 1; i-- > 0;) {
+        item.step(-1);
+        ASSERT_TRUE(runUntil(settled));
+        ASSERT_EQ(player.currentTime(), std::max(CMTime::zero(), timeOf(i))) << "frame " << i;
+    }
+}
+
+class EveryFrameTest : public MediaPlayerTest,
+                       public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(EveryFrameTest, IsMetOnceStepByStepBothWays) {
+    const QString path = QStringLiteral(STILLWICK_CLIPS "/films/") + QString::fromUtf8(GetParam());
+    open(path);
+    expectEveryFrameOnce(player, *item, path);
+}
+
+INSTANTIATE_TEST_SUITE_P(Clips, EveryFrameTest,
+                         ::testing::Values("closed_h264.mp4", "open_hevc.mp4", "open_h264.ts",
+                                           "one_group_h264.mp4", "variable_rate.mkv",
+                                           "mbaff_h264.ts", "closed_h264.avi"),
+                         [](const auto& clip) {
+                             std::string name = clip.param;
+                             for (char& character : name)
+                                 character = character == '.' ? '_' : character;
+                             return name;
+                         });
+
+TEST_F(MediaPlayerTest, PlayingEndsPausedOnTheLastFrameAtTheFilmsEnd) {
+    open(film);
+    seekTo(frameTime(75));
+    player.play();
+    EXPECT_EQ(player.timeControlStatus(), Status::Waiting);
+    std::vector<CMTime> times;
+    QObject::connect(&player, &MediaPlayer::pictureChanged, &player,
+                     [&] { times.push_back(player.currentTime()); });
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
+    EXPECT_EQ(player.currentTime(), frameTime(90));
+    EXPECT_EQ(player.picture(), pictureAt(film, frameTime(89)));
+    EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+}
+
+TEST_F(MediaPlayerTest, PlayAtTheEndStartsAgainFromZero) {
+    open(film);
+    seekTo(frameTime(89));
+    player.play();
+    ASSERT_TRUE(runUntil([this] {
+        return player.timeControlStatus() == Status::Playing && player.currentTime() > frameTime(0);
+    }));
+    EXPECT_LT(player.currentTime(), frameTime(60));
+}
+
+TEST_F(MediaPlayerTest, PlayingGoesByTheClock) {
+    open(film);
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
+    const CMTime from = player.currentTime();
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(65); }));
+    const double shown = (player.currentTime() - from).seconds();
+    const double wall = double(timer.nsecsElapsed()) / 1e9;
+    // A busy machine shows late, but what is shown keeps to the clock.
+    EXPECT_NEAR(shown, wall, 0.25);
+}
+
+TEST_F(MediaPlayerTest, ASeekDuringPlayingPlaysOnFromThere) {
+    open(film);
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
+    player.seek(frameTime(60), CMTime::zero(), CMTime::zero());
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() > frameTime(62); }));
+    EXPECT_EQ(player.timeControlStatus(), Status::Playing);
+}
+
+TEST_F(MediaPlayerTest, APauseKeepsThePictureSeen) {
+    open(film);
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(20); }));
+    player.pause();
+    const CMTime time = player.currentTime();
+    const QImage picture = player.picture();
+    runFor(200ms);
+    EXPECT_EQ(player.currentTime(), time);
+    EXPECT_EQ(player.picture(), picture);
+    EXPECT_EQ(picture, pictureAt(film, time));
+}
+
+TEST_F(MediaPlayerTest, WhatIsGrabbedAtTheTimeShownIsTheFrameShownEvenWhereTheFilmIsDamaged) {
+    const auto damaged = QStringLiteral(STILLWICK_CLIPS "/films/damaged.mp4");
+    open(damaged);
+    ImageGenerator generator(asset);
+    generator.setAppliesPreferredTrackTransform(true);
+    generator.setRequestedTimeToleranceBefore(CMTime::zero());
+    for (int i = 0; i < 40; ++i) {
+        stepBy(i % 3 == 2 ? -1 : 2);
+        ASSERT_EQ(generator.generateImage(player.currentTime()).image, player.picture());
+    }
+}
+
+TEST_F(MediaPlayerTest, ADraggedSliderShowsPicturesAllTheWayAndEndsOnTheExactOne) {
+    const auto longFilm = QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4");
+    open(longFilm);
+    const CMTime end = asset->loadDuration().result();
+    int shown = 0;
+    QObject::connect(&player, &MediaPlayer::pictureChanged, &player, [&shown] { ++shown; });
+    CMTime last = CMTime::zero();
+    for (int i = 1; i <= 60; ++i) {
+        last = CMTime::fromSeconds(end.seconds() * 0.9 * i / 60, 600);
+        player.seek(last, CMTime::zero(), CMTime::zero());
+        runFor(16ms);
+    }
+    EXPECT_GE(shown, 3);
+    settle();
+    EXPECT_EQ(player.currentTime(), last);
+    EXPECT_EQ(player.picture(), pictureAt(longFilm, last));
+}
+
+TEST_F(MediaPlayerTest, ObserversAreCalledAtEachJumpOnTheMainThread) {
+    open(film);
+    std::vector<std::string> log;
+    runFor(20ms);
+    const auto token = player.addPeriodicTimeObserver(CMTime::make(1, 30), [&](const CMTime& time) {
+        EXPECT_EQ(QThread::currentThread(), application().thread());
+        log.push_back(std::to_string(std::lround(time.seconds() * 30)));
+    });
+    seekTo(frameTime(12));
+    EXPECT_EQ(log, std::vector<std::string>({"12"}));
+    stepBy(-1);
+    EXPECT_EQ(log, std::vector<std::string>({"12", "11"}));
+    player.play();
+    ASSERT_TRUE(runUntil([&log] { return log.size() >= 8; }));
+    player.pause();
+    runFor(20ms);
+    const std::size_t size = log.size();
+    const std::string last = std::to_string(std::lround(player.currentTime().seconds() * 30));
+    EXPECT_EQ(log.back(), last);
+    runFor(150ms);
+    EXPECT_EQ(log.size(), size) << "nothing moves while paused";
+    player.removeTimeObserver(token);
+}
+
+TEST_F(MediaPlayerTest, ARemovedObserverIsNeverCalledAgain) {
+    open(film);
+    int calls = 0;
+    MediaPlayer::ObserverToken token{};
+    token = player.addPeriodicTimeObserver(CMTime::make(1, 30), [&](const CMTime&) {
+        ++calls;
+        player.removeTimeObserver(token); // from within itself
+    });
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(10); }));
+    player.pause();
+    runFor(50ms);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(MediaPlayerTest, AnotherFilmTakesThePlaceOfOneThatIsStillSeeking) {
+    open(QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4"));
+    player.seek(CMTime::make(1000, 1), CMTime::zero(), CMTime::zero());
+    std::vector<CMTime> times;
+    QObject::connect(&player, &MediaPlayer::pictureChanged, &player,
+                     [&] { times.push_back(player.currentTime()); });
+    open(film);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    EXPECT_EQ(player.picture(), pictureAt(film, CMTime::zero()));
+    for (const CMTime& time : times)
+        EXPECT_EQ(time, CMTime::zero());
+}
+
+TEST_F(MediaPlayerTest, ASeekGivenWhileTheFilmOpensIsCarriedOut) {
+    asset = std::make_shared<MediaAsset>(film);
+    item = std::make_shared<MediaPlayerItem>(asset);
+    player.replaceCurrentItem(item);
+    player.seek(middleOf(33), CMTime::zero(), CMTime::zero());
+    settle();
+    EXPECT_EQ(player.currentTime(), middleOf(33));
+    EXPECT_EQ(player.picture(), pictureAt(film, middleOf(33)));
+}
+
+TEST_F(MediaPlayerTest, AnItemThatWasReplacedStepsNoMore) {
+    open(film);
+    const auto old = item;
+    open(film);
+    old->step(5);
+    runFor(50ms);
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+}
+
+TEST_F(MediaPlayerTest, ASeekPastTheEndShowsTheLastFrameAtTheFilmsEnd) {
+    open(film);
+    seekTo(CMTime::make(1000, 1));
+    EXPECT_EQ(player.currentTime(), frameTime(90));
+    EXPECT_EQ(player.picture(), pictureAt(film, frameTime(89)));
+    seekTo(CMTime::make(-5, 1));
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+}
+
+TEST_F(MediaPlayerTest, ASeekToWhatIsNotATimeIsIgnored) {
+    open(film);
+    seekTo(frameTime(10));
+    player.seek(CMTime::indefinite(), CMTime::zero(), CMTime::zero());
+    player.seek(CMTime::make(1, 0), CMTime::zero(), CMTime::zero());
+    EXPECT_FALSE(player.isSeeking());
+}
+
+TEST_F(MediaPlayerTest, AFileThatIsNoFilmFailsWithASentence) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("notes.mp4"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("Ceci n'est pas un film.");
+    file.close();
+    QString why;
+    QObject::connect(&player, &MediaPlayer::failed, &player,
+                     [&why](const QString& description) { why = description; });
+    asset = std::make_shared<MediaAsset>(path);
+    item = std::make_shared<MediaPlayerItem>(asset);
+    player.replaceCurrentItem(item);
+    ASSERT_TRUE(runUntil([&why] { return !why.isEmpty(); }));
+    EXPECT_EQ(why, QStringLiteral("Ce type de fichier n'est pas pris en charge."));
+    player.play();
+    item->step(1);
+    ASSERT_TRUE(runUntil([this] {
+        return !player.isSeeking() && player.timeControlStatus() == Status::Paused;
+    }));
+    EXPECT_TRUE(player.picture().isNull());
+}
+
+TEST_F(MediaPlayerTest, AFilmDeletedWhileItPlaysPlaysToItsEnd) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("film.mp4"));
+    ASSERT_TRUE(QFile::copy(film, path));
+    open(path);
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
+    EXPECT_EQ(player.currentTime(), frameTime(90));
+}
+
+TEST_F(MediaPlayerTest, AFilmCutOffWhileItPlaysPlaysWhatCanBeReadAndThenPauses) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("film.ts"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(STILLWICK_CLIPS "/films/closed_h264.ts"), path));
+    open(path);
+    ASSERT_TRUE(QFile::resize(path, QFile(path).size() / 3));
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Playing; }));
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
+    EXPECT_FALSE(player.picture().isNull());
+}
+
+TEST_F(MediaPlayerTest, ADamagedStretchIsPassedWithTheLastGoodPictureHeld) {
+    open(QStringLiteral(STILLWICK_CLIPS "/films/damaged.mp4"));
+    player.play();
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Playing; }));
+    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
+    EXPECT_EQ(player.currentTime(), asset->loadDuration().result());
+}
+
+TEST_F(MediaPlayerTest, ClosingInTheMidstOfADecodeDoesNotWaitForItsEnd) {
+    const auto longFilm = QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4");
+    const CMTime end = MediaAsset(longFilm).loadDuration().result();
+    QElapsedTimer timer;
+    timer.start();
+    (void)pictureAt(longFilm, end);
+    const qint64 whole = timer.elapsed();
+    auto closing = std::make_unique<MediaPlayer>();
+    closing->replaceCurrentItem(
+        std::make_shared<MediaPlayerItem>(std::make_shared<MediaAsset>(longFilm)));
+    ASSERT_TRUE(runUntil([&] { return !closing->picture().isNull(); }));
+    closing->seek(end, CMTime::zero(), CMTime::zero());
+    runFor(50ms);
+    EXPECT_TRUE(closing->isSeeking());
+    timer.start();
+    closing.reset();
+    EXPECT_LT(timer.elapsed(), std::max<qint64>(100, whole / 4));
+}
+
+TEST_F(MediaPlayerTest, AFilmsFirstPictureMayBeginAfterItsZero) {
+    open(QStringLiteral(STILLWICK_CLIPS "/films/late_start.mp4"));
+    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    stepBy(1);
+    const CMTime second = player.currentTime();
+    EXPECT_GT(second, CMTime::make(7, 10));
+    stepBy(-1);
+    EXPECT_EQ(player.currentTime(), second - frameTime(1));
+}
+
+} // namespace
+
+} // namespace stillwick::testing
