@@ -313,10 +313,10 @@ SharedFrame FrameLoader::locateBefore(const SharedFrame& frame, const std::stop_
     const std::int64_t time = frame->presentationTime();
     if (m_cache->isFirst(time))
         return nullptr;
+    // Where the group is being decoded anyway, the frame comes with it; else the quickest way is to
+    // leave out what no other picture needs, and the group follows when there is time.
     SharedFrame before = m_cache->before(time);
-    if (!before && (!m_fill || m_fill->until != time) && !beginFill(time, stop))
-        m_fill.reset();
-    while (!before && m_fill && continueFill(stop))
+    while (!before && m_fill && m_fill->until == time && continueFill(stop))
         before = m_cache->before(time);
     if (before)
         return before;

@@ -23,8 +23,9 @@ constexpr int intervalTimescale = 600;
 const QString AppState::defaultGroupName = QStringLiteral("Captures");
 
 AppState::AppState(QObject* parent)
-    : QObject(parent), m_player(std::make_shared<MediaPlayer>()),
-      m_groups{CaptureGroup(defaultGroupName)}, m_activeGroupID(m_groups.front().id()) {
+    : QObject(parent),
+      m_player(std::make_shared<MediaPlayer>()), m_groups{CaptureGroup(defaultGroupName)},
+      m_activeGroupID(m_groups.front().id()) {
     observePlayer();
 }
 

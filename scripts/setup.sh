@@ -10,7 +10,7 @@ stillwick_packages() {
             libpng-dev libopencv-core-dev libopencv-imgproc-dev ;;
         test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
-        bench) echo ffmpeg libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
+        bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;
     esac
 }

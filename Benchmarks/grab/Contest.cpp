@@ -1,7 +1,7 @@
 #include "Contest.h"
 
-#include "Report.h"
-#include "Timings.h"
+#include "../Report.h"
+#include "../Timings.h"
 
 #include <QElapsedTimer>
 

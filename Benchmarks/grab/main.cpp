@@ -1,7 +1,7 @@
 // bench-grab --clips FOLDER [--grabs N] [--checks N] [--json FILE]: times exact grabs at random
 // times, by us and by others, and compares N of ours with a linear decode.
+#include "../Report.h"
 #include "Contest.h"
-#include "Report.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -177,7 +177,9 @@ void expectEveryFrameOnce(MediaPlayer& player, MediaPlayerItem& item, const QStr
         return CMTime::make(reference.frames[index].time * reference.timeBaseNumerator,
                             reference.timeBaseDenominator);
     };
-    const auto settled = [&player] { return !player.isSeeking(); };
+    const auto settled = [&player] {
+        return !player.isSeeking();
+    };
     for (std::size_t i = 1; i < reference.frames.size(); ++i) {
         item.step(1);
         ASSERT_TRUE(runUntil(settled));
@@ -190,8 +192,7 @@ void expectEveryFrameOnce(MediaPlayer& player, MediaPlayerItem& item, const QStr
     }
 }
 
-class EveryFrameTest : public MediaPlayerTest,
-                       public ::testing::WithParamInterface<const char*> {};
+class EveryFrameTest : public MediaPlayerTest, public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(EveryFrameTest, IsMetOnceStepByStepBothWays) {
     const QString path = QStringLiteral(STILLWICK_CLIPS "/films/") + QString::fromUtf8(GetParam());
@@ -405,9 +406,8 @@ TEST_F(MediaPlayerTest, AFileThatIsNoFilmFailsWithASentence) {
     EXPECT_EQ(why, QStringLiteral("Ce type de fichier n'est pas pris en charge."));
     player.play();
     item->step(1);
-    ASSERT_TRUE(runUntil([this] {
-        return !player.isSeeking() && player.timeControlStatus() == Status::Paused;
-    }));
+    ASSERT_TRUE(runUntil(
+        [this] { return !player.isSeeking() && player.timeControlStatus() == Status::Paused; }));
     EXPECT_TRUE(player.picture().isNull());
 }
 

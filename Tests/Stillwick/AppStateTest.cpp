@@ -47,9 +47,8 @@ protected:
     void load(const QUrl& url) {
         QSignalSpy described(&state, &AppState::durationChanged);
         state.loadVideo(url);
-        ASSERT_TRUE(runUntil([&] {
-            return !described.isEmpty() && !state.player()->picture().isNull();
-        }));
+        ASSERT_TRUE(
+            runUntil([&] { return !described.isEmpty() && !state.player()->picture().isNull(); }));
         runFor(50ms); // the frame rate comes after the duration
     }
 

@@ -1,0 +1,145 @@
+// bench-stepping --clips FOLDER [--samples N] [--json FILE]: the time from asking for a picture to
+// having it ready for painting, by us and by others, each alone on the machine in its turn.
+#include "../Report.h"
+#include "../Timings.h"
+#include "Extras.h"
+#include "MpvSession.h"
+#include "OurSession.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+#include <random>
+
+using namespace stillwick::benchmarks;
+
+namespace {
+
+struct Film {
+    QString name;
+    QString file;
+    double rate = 30;
+    double seconds = 0;
+    double group = 0; ///< seconds from one key picture to the next
+};
+
+struct Samples {
+    std::vector<double> stepBack;
+    std::vector<double> stepBackAfterJump;
+    std::vector<double> stepOn;
+    std::vector<double> seek;
+};
+
+QString valueOf(const QString& option, const QString& otherwise) {
+    const QStringList arguments = QCoreApplication::arguments();
+    const qsizetype at = arguments.indexOf(option);
+    return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : otherwise;
+}
+
+/// The same moves for everybody.
+Samples measure(Stepper& stepper, const Film& film, int count) {
+    // Half of the steps lie before the border between two groups, half after it.
+    constexpr int restBefore = 4000;
+    Samples samples;
+    const double border = film.group * std::max(1.0, std::floor(film.seconds / film.group / 2));
+    stepper.seek(border + (count / 2 + 0.5) / film.rate);
+    stepper.rest(restBefore);
+    for (int i = 0; i < count; ++i)
+        samples.stepBack.push_back(stepper.stepBack());
+    stepper.seek(border - (count / 2 + 0.5) / film.rate);
+    stepper.rest(restBefore);
+    for (int i = 0; i < count; ++i)
+        samples.stepOn.push_back(stepper.stepOn());
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> anywhere(0, film.seconds - 1);
+    for (int i = 0; i < count; ++i) {
+        samples.seek.push_back(stepper.seek(anywhere(random)));
+        samples.stepBackAfterJump.push_back(stepper.stepBack());
+    }
+    return samples;
+}
+
+void addAll(Report& report, const Film& film, const QString& who, const Samples& samples) {
+    const auto add = [&](const QString& what, const std::vector<double>& values) {
+        report.add(film.name, what + QStringLiteral(", ") + who, median(values),
+                   QStringLiteral("ms"));
+        report.add(film.name, what + QStringLiteral(", ") + who + QStringLiteral(", 95th"),
+                   quantile(values, 0.95), QStringLiteral("ms"));
+    };
+    add(QStringLiteral("step back"), samples.stepBack);
+    add(QStringLiteral("step back after a jump"), samples.stepBackAfterJump);
+    add(QStringLiteral("step on"), samples.stepOn);
+    add(QStringLiteral("exact seek"), samples.seek);
+}
+
+void addRatios(Report& report, const Film& film, const Samples& ours, const Samples& theirs) {
+    const auto add = [&](const QString& what, const std::vector<double>& a,
+                         const std::vector<double>& b) {
+        report.add(film.name, what + QStringLiteral(", mpv / ours"), median(b) / median(a),
+                   QStringLiteral("x"));
+    };
+    add(QStringLiteral("step back"), ours.stepBack, theirs.stepBack);
+    add(QStringLiteral("step back after a jump"), ours.stepBackAfterJump,
+        theirs.stepBackAfterJump);
+    add(QStringLiteral("step on"), ours.stepOn, theirs.stepOn);
+    add(QStringLiteral("exact seek"), ours.seek, theirs.seek);
+}
+
+void benchmark(Report& report, const Film& film, int count) {
+    std::fprintf(stderr, "stepping through %s\n", qPrintable(film.name));
+    const Samples theirs = measure(*makeMpvSession(film.file), film, count);
+    addAll(report, film, QStringLiteral("mpv"), theirs);
+    Samples ours;
+    {
+        OurSession session(film.file);
+        ours = measure(session, film, count);
+        addAll(report, film, QStringLiteral("ours"), ours);
+        addRatios(report, film, ours, theirs);
+        addHeldMemory(report, film.name, session);
+        addScroll(report, film.name, session, film.rate, film.seconds);
+        addDrag(report, film.name, session, film.seconds);
+        addPlaying(report, film.name, session, film.rate);
+    }
+    addBreakdown(report, film.name, film.file, film.seconds, count);
+    const std::vector<double> ffms2 = stepBackWithFfms2(film.file, film.rate, film.seconds, count);
+    report.add(film.name, QStringLiteral("step back, FFMS2"), median(ffms2), QStringLiteral("ms"));
+    report.add(film.name, QStringLiteral("step back, FFMS2 / ours"),
+               median(ffms2) / median(ours.stepBack), QStringLiteral("x"));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
+    const int count =
+        std::max(10, valueOf(QStringLiteral("--samples"), QStringLiteral("60")).toInt());
+    const QString json = valueOf(QStringLiteral("--json"), {});
+    const QString only = valueOf(QStringLiteral("--only"), {});
+    const Film films[] = {
+        {QStringLiteral("1080p30 H.264"), clips.filePath(QStringLiteral("1080p30.mp4")), 30, 60,
+         250 / 30.0},
+        {QStringLiteral("1080p60 HEVC"), clips.filePath(QStringLiteral("1080p60.mp4")), 60, 15, 2},
+        {QStringLiteral("4K30 H.264"), clips.filePath(QStringLiteral("4k30.mp4")), 30, 20, 2}};
+    try {
+        Report report(QStringLiteral("stepping"));
+        for (const Film& film : films) {
+            if (only.isEmpty() || film.name.startsWith(only))
+                benchmark(report, film, count);
+        }
+        report.print(QStringLiteral("stepping: from the request to the picture, in milliseconds"));
+        if (!json.isEmpty() && !report.writeJson(json)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(json));
+            return 1;
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "stepping: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
