@@ -1,9 +1,7 @@
 // Fills a film's frame cache from a thread of its own. Requests come from one other thread.
 #pragma once
 
-#include "Media/CMTime.h"
-#include "Media/FrameCache.h"
-#include "Media/FrameSource.h"
+#include "Media/FrameGatherer.h"
 #include "Media/MediaError.h"
 
 #include <chrono>
@@ -16,10 +14,8 @@
 
 namespace stillwick {
 
-class MediaAsset;
-
-/// Decodes what is asked for, and between requests what will be asked for next: ahead in the
-/// direction of travel, and the group of pictures before.
+/// Answers what is asked for, and between requests decodes what will be asked for next: ahead in
+/// the direction of travel, and the group of pictures before.
 class FrameLoader final {
 public:
     enum class Course {
@@ -28,12 +24,7 @@ public:
         Backward, ///< stepping back
         Playing,
     };
-
-    /// A frame and the time at which it was found: the one asked for, brought into the film.
-    struct Located {
-        SharedFrame frame;
-        CMTime time;
-    };
+    using Located = FrameGatherer::Located;
 
     FrameLoader(std::shared_ptr<const MediaAsset> asset, std::shared_ptr<FrameCache> cache);
     /// Stops within a packet's decoding and joins.
@@ -62,10 +53,10 @@ public:
 
 private:
     struct Want;
-    /// A group of pictures being decoded so that the frames before a place are known.
-    struct Fill {
-        std::int64_t until = 0;
-        SharedFrame last;
+    struct Position {
+        SharedFrame frame;
+        Course course = Course::Resting;
+        std::chrono::steady_clock::time_point since;
     };
     /// A fill that is not tried again until the film is watched elsewhere.
     struct FillTried {
@@ -73,40 +64,23 @@ private:
         std::int64_t position = 0;
         bool operator==(const FillTried&) const = default;
     };
-    struct Position {
-        SharedFrame frame;
-        Course course = Course::Resting;
-        std::chrono::steady_clock::time_point since;
-    };
 
     [[nodiscard]] Located ask(Want& want);
     void run(const std::stop_token& stop);
     void open(const std::stop_token& stop);
-    void openSource(const std::stop_token& stop);
     void answer(Want& want);
     [[nodiscard]] Located locate(const Want& want);
-    [[nodiscard]] Located locateAt(const CMTime& time, const std::stop_token& stop);
-    [[nodiscard]] Located locateNear(const CMTime& time, const std::stop_token& stop);
-    [[nodiscard]] SharedFrame locateAfter(const SharedFrame& frame, const std::stop_token& stop);
-    [[nodiscard]] SharedFrame locateBefore(const SharedFrame& frame, const std::stop_token& stop);
-    [[nodiscard]] SharedFrame goTo(const CMTime& time, const std::stop_token& stop);
-    void placeAt(std::int64_t frameTime, const std::stop_token& stop);
-    [[nodiscard]] SharedFrame sourceFrameAfter(std::int64_t time, FrameSource::Damage damage,
-                                               const std::stop_token& stop);
-    [[nodiscard]] bool beginFill(std::int64_t until, const std::stop_token& stop);
-    [[nodiscard]] bool continueFill(const std::stop_token& stop);
     [[nodiscard]] bool prefetch(const std::stop_token& stop);
-    [[nodiscard]] bool prefetchFor(const Position& position, const std::stop_token& stop);
-    [[nodiscard]] bool playAhead(const FrameCache::Stretch& stretch, std::int64_t position,
-                                 const std::stop_token& stop);
+    [[nodiscard]] bool prefetchFor(const Position& position, const std::stop_token& interruption,
+                                   const std::stop_token& stop);
+    [[nodiscard]] bool isEnoughToPlay(const FrameCache::Stretch& stretch,
+                                      std::int64_t position) const;
+    [[nodiscard]] int framesWantedAhead(const FrameCache::Stretch& stretch, Course course) const;
+    [[nodiscard]] bool fillBehind(const FrameCache::Stretch& stretch, std::int64_t position,
+                                  const std::stop_token& interruption, const std::stop_token& stop);
     [[nodiscard]] bool canGoOnAfter(const FrameCache::Stretch& stretch) const;
     void noteFailure(std::int64_t position);
-    [[nodiscard]] bool fillBehind(const FrameCache::Stretch& stretch, std::int64_t position,
-                                  const std::stop_token& stop);
-    [[nodiscard]] bool stepAhead(std::int64_t last, FrameSource::Damage damage,
-                                 const std::stop_token& stop);
-    void noticeNewTimeline();
-    void announceFrame();
+    void announce();
     [[nodiscard]] bool waitForWork(const std::stop_token& stop);
 
     std::shared_ptr<const MediaAsset> m_asset;
@@ -118,18 +92,14 @@ private:
     Want* m_want = nullptr; // guarded by m_mutex, as the following
     Position m_position;
     bool m_hasNewPosition = false;
-    std::stop_source m_interruption; ///< of long steps of prefetching, when a request comes
+    std::stop_source m_interruption; ///< of prefetching's way to a place, when a request comes
     std::int64_t m_progress = 0;
     std::optional<std::int64_t> m_failedAfter; ///< reading stopped at the frame of this time
 
     // Of the thread alone:
-    std::unique_ptr<FrameSource> m_source;
-    int m_timelineRevision = 0;
+    std::optional<FrameGatherer> m_gatherer;
     std::optional<MediaError> m_openingError;
-    std::optional<std::int64_t> m_sourceAt; ///< the time of the frame that the source gave last
-    std::optional<Fill> m_fill;
     std::optional<FillTried> m_fillTried;
-    std::int64_t m_lastIntact = 0; ///< while playing
     std::jthread m_thread;
 };
 

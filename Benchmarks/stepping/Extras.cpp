@@ -85,9 +85,8 @@ void addDrag(Report& report, const QString& film, OurSession& session, double se
     session.seek(0);
     session.rest(1000);
     int shown = 0;
-    const QMetaObject::Connection counting =
-        QObject::connect(&session.player(), &MediaPlayer::pictureChanged, &session.player(),
-                         [&shown] { ++shown; });
+    const QMetaObject::Connection counting = QObject::connect(
+        &session.player(), &MediaPlayer::pictureChanged, &session.player(), [&shown] { ++shown; });
     QElapsedTimer timer;
     timer.start();
     for (int i = 1; i <= moves; ++i) {

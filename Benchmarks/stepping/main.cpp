@@ -84,8 +84,7 @@ void addRatios(Report& report, const Film& film, const Samples& ours, const Samp
                    QStringLiteral("x"));
     };
     add(QStringLiteral("step back"), ours.stepBack, theirs.stepBack);
-    add(QStringLiteral("step back after a jump"), ours.stepBackAfterJump,
-        theirs.stepBackAfterJump);
+    add(QStringLiteral("step back after a jump"), ours.stepBackAfterJump, theirs.stepBackAfterJump);
     add(QStringLiteral("step on"), ours.stepOn, theirs.stepOn);
     add(QStringLiteral("exact seek"), ours.seek, theirs.seek);
 }
