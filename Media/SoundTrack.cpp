@@ -39,6 +39,10 @@ libav::Resampler makeResampler(const AVFrame& from, int rate, int channels) {
     if (code < 0)
         return nullptr;
     av_opt_set_double(raw, "rematrix_maxval", 1.0, 0); // what is mixed down stays within full scale
+    // One channel is heard from both sides as loud as it is; libav* would halve its power.
+    constexpr std::array both{1.0, 1.0};
+    if (from.ch_layout.nb_channels == 1 && channels == 2)
+        swr_set_matrix(raw, both.data(), 1);
     return swr_init(raw) < 0 ? nullptr : std::move(resampler);
 }
 

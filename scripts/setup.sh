@@ -5,10 +5,10 @@
 stillwick_packages() {
     case $1 in
         build) echo g++ cmake ninja-build ccache pkg-config \
-            qt6-base-dev libgl1-mesa-dev qcoro-qt6-dev \
+            qt6-base-dev qt6-multimedia-dev libgl1-mesa-dev qcoro-qt6-dev \
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
             libpng-dev libopencv-core-dev libopencv-imgproc-dev ;;
-        test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core ;;
+        test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
         bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;
@@ -45,7 +45,7 @@ stillwick_require_tools() {
         command -v "$tool" >/dev/null || missing+=("$tool")
     done
     if command -v pkg-config >/dev/null; then
-        for module in Qt6Core Qt6Gui libavformat libavcodec libavutil libswscale \
+        for module in Qt6Core Qt6Gui Qt6Multimedia libavformat libavcodec libavutil libswscale \
             libswresample zimg libpng; do
             pkg-config --exists "$module" || missing+=("$module")
         done

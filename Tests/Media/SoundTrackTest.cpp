@@ -289,6 +289,22 @@ TEST_F(SoundTrackTest, IsResampledInTime) {
     }
 }
 
+TEST_F(SoundTrackTest, IsAsLoudFromTwoSidesAsFromOne) {
+    const QString file = path(QStringLiteral("mono.mkv"));
+    ffmpeg(picture +
+           QStringLiteral("-f lavfi -i aevalsrc=0.5*sin(2*PI*440*t):s=48000:d=2 "
+                          "-c:v mpeg4 -c:a pcm_f32le ") +
+           file);
+    const auto track = SoundTrack::open(file, 48000, channels, 0ns, {});
+    ASSERT_TRUE(track);
+    const auto samples = readFrom(*track, 48000);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const std::size_t frame = i / channels;
+        const double t = double(frame) / 48000;
+        ASSERT_NEAR(samples[i], 0.5 * std::sin(2 * M_PI * 440 * t), 1e-6);
+    }
+}
+
 TEST_F(SoundTrackTest, IsNoneInASilentFilm) {
     const QString file = path(QStringLiteral("silent.mp4"));
     ffmpeg(picture + QStringLiteral("-c:v mpeg4 ") + file);
