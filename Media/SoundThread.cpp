@@ -38,8 +38,9 @@ struct Process {
     std::unique_ptr<SoundThread> thread;
 };
 
+/// Never destroyed: the application object may outlive whatever is, and the thread ends with it.
 Process& process() {
-    static Process process;
+    static auto& process = *new Process;
     return process;
 }
 
