@@ -271,7 +271,7 @@ void FilmPresenter::play(const std::stop_token& stop) {
 }
 
 void FilmPresenter::startPlaying(const std::stop_token& stop) {
-    if (!m_frame || m_cache->isLast(m_frame->presentationTime())) {
+    if (!m_frame || !m_loader->frameAfter(m_frame, stop)) {
         const FrameLoader::Located start = m_loader->frameAt(CMTime::zero(), stop);
         m_frame = start.frame;
         m_time = start.time;

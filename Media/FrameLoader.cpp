@@ -18,8 +18,10 @@ constexpr int fewAhead = 10;
 constexpr int manyAhead = 40;
 constexpr auto aheadWhilePlaying = 700ms;
 constexpr int framesAheadWhilePlaying = 60;
-// Whoever has not moved for so long is resting.
+// Whoever has not stepped for so long is resting.
 constexpr auto restAfter = 600ms;
+// A seek is often followed by another, which would have to wait for what is being decoded.
+constexpr auto workAfterSeek = 120ms;
 
 } // namespace
 
@@ -154,15 +156,16 @@ void FrameLoader::open(const std::stop_token& stop) {
 
 bool FrameLoader::waitForWork(const std::stop_token& stop) {
     std::unique_lock lock(m_mutex);
-    // Resting begins by itself: then there is other work.
-    const bool isMoving = m_position.frame && m_position.course != Course::Resting &&
-                          m_position.course != Course::Playing;
     const auto isWork = [this] {
         return m_want || m_hasNewPosition;
     };
-    if (!isMoving)
+    // Some work begins by itself, when there was no request for a while.
+    const bool hasStepped =
+        m_position.course == Course::Forward || m_position.course == Course::Backward;
+    const auto workBegins = m_position.since + (hasStepped ? restAfter : workAfterSeek);
+    if (!m_position.frame || (!hasStepped && SteadyClock::now() >= workBegins))
         return m_workChanged.wait(lock, stop, isWork);
-    if (!m_workChanged.wait_until(lock, stop, m_position.since + restAfter, isWork))
+    if (!m_workChanged.wait_until(lock, stop, workBegins, isWork) && hasStepped)
         m_position.course = Course::Resting;
     return !stop.stop_requested();
 }
@@ -256,6 +259,8 @@ bool FrameLoader::prefetchFor(const Position& position, const std::stop_token& i
         m_gatherer->stepAhead(stretch->last, FrameSource::Damage::Leave, interruption, stop);
         return true;
     }
+    if (position.course == Course::Resting && SteadyClock::now() < position.since + workAfterSeek)
+        return false;
     if (canGoOnAfter(*stretch) &&
         stretch->framesAhead < framesWantedAhead(*stretch, position.course) &&
         stretch->bytesAhead < FrameCache::share() / 3) {

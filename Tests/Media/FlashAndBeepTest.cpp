@@ -1,5 +1,5 @@
-// Picture against sound: a film that flashes and beeps at the start of each second is played against
-// a sound server of the test's own, and what that plays is recorded.
+// Picture against sound: a film that flashes and beeps at the start of each second is played
+// against a sound server of the test's own, and what that plays is recorded.
 #include "EventLoop.h"
 #include "SoundClip.h"
 #include "SoundServer.h"
@@ -71,9 +71,9 @@ TEST(FlashAndBeepTest, AreSeenAndHeardTogether) {
         for (const SteadyTime beep : beeps)
             distances.push_back(std::chrono::duration<double, std::milli>(flash - beep).count());
         ASSERT_FALSE(distances.empty());
-        errors.push_back(*std::min_element(
-            distances.begin(), distances.end(),
-            [](double a, double b) { return std::abs(a) < std::abs(b); }));
+        errors.push_back(
+            *std::min_element(distances.begin(), distances.end(),
+                              [](double a, double b) { return std::abs(a) < std::abs(b); }));
     }
     std::sort(errors.begin(), errors.end());
     std::cout << "[ measured ] flash after beep: " << errors.front() << " to " << errors.back()

@@ -15,7 +15,7 @@ namespace stillwick::testing {
 namespace {
 
 // Sanitizers make it ten times slower; walk-films takes as many as one likes.
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int operationsPerClip = 40;
 constexpr int operationsPerRealFilm = 15;
 #else
