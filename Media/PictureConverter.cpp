@@ -37,10 +37,10 @@ int premultiplied(int value, int alpha) {
 }
 
 /// Interleaves planes into the bitmap, the alpha multiplied in where there is one.
-QImage packed(const PlanarPicture& rgb) {
+QImage packed(const PlanarPicture& rgb, PicturePool& pool) {
     const int width = rgb.layout().width;
     const int height = rgb.layout().height;
-    QImage image(width, height, QImage::Format_RGBA8888_Premultiplied);
+    QImage image = pool.take(width, height);
     if (image.isNull())
         throw std::bad_alloc();
     const bool hasAlpha = rgb.layout().planes == 4;
@@ -77,7 +77,7 @@ QImage PictureConverter::convert(const VideoFrame& frame, Orientation orientatio
         const AVFrame& picture = frame.avFrame();
         // What was added to reach a multiple of the chroma's size is cut off again.
         const PlanarPicture rgb = toRgb(frame).cropped(picture.width, picture.height);
-        QImage image = packed(stretched(rgb, sampleAspectRatio(frame)));
+        QImage image = packed(stretched(rgb, sampleAspectRatio(frame)), m_pool);
         return orientation == Orientation::Upright ? oriented(std::move(image), frame.track())
                                                    : image;
     } catch (const std::bad_alloc&) {
@@ -95,12 +95,19 @@ void PictureConverter::run(Step& step, const PlaneFormat& from, const PlaneForma
     step.conversion->convert(source, target);
 }
 
+/// Planes that are used again by the next picture of the same size.
+PlanarPicture PictureConverter::scratch(const PlanarPicture::Layout& layout) {
+    if (!m_scratch || m_scratch->layout() != layout)
+        m_scratch.emplace(layout);
+    return *m_scratch;
+}
+
 PlanarPicture PictureConverter::toRgb(const VideoFrame& frame) {
     const libav::Frame planar = toPlanar(frame.avFrame());
     const PlanarPicture source = PlanarPicture::of(*planar);
     PlaneFormat format = PlaneFormat::of(source, *planar, colorOf(frame));
     const double peak = frame.track().peakLuminance;
-    PlanarPicture rgb(
+    PlanarPicture rgb = scratch(
         PlaneFormat::rgb(format.layout.width, format.layout.height, format.hasAlpha()).layout);
     if (!hasTwoFields(*planar)) {
         convertRows(format, source, rgb, peak);

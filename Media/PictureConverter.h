@@ -1,6 +1,7 @@
 // From a decoded frame to the picture that people see. One thread at a time.
 #pragma once
 
+#include "Media/PicturePool.h"
 #include "Media/PlaneConversion.h"
 
 #include <QImage>
@@ -36,6 +37,10 @@ private:
                      double peakLuminance);
     [[nodiscard]] PlanarPicture stretched(PlanarPicture rgb, AVRational sampleAspectRatio);
 
+    [[nodiscard]] PlanarPicture scratch(const PlanarPicture::Layout& layout);
+
+    PicturePool m_pool;
+    std::optional<PlanarPicture> m_scratch;
     Step m_toRgb;
     Step m_stretch;
 };

@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace stillwick::benchmarks {
@@ -45,6 +46,7 @@ double OurSession::seek(double seconds) {
     QElapsedTimer timer;
     timer.start();
     m_player.seek(CMTime::fromSeconds(seconds, 1'000'000), CMTime::zero(), CMTime::zero());
+    noteCall(double(timer.nsecsElapsed()) / 1e6);
     settle();
     return double(timer.nsecsElapsed()) / 1e6;
 }
@@ -53,8 +55,13 @@ double OurSession::step(int count) {
     QElapsedTimer timer;
     timer.start();
     m_item->step(count);
+    noteCall(double(timer.nsecsElapsed()) / 1e6);
     settle();
     return double(timer.nsecsElapsed()) / 1e6;
+}
+
+void OurSession::noteCall(double milliseconds) {
+    m_longestCall = std::max(m_longestCall, milliseconds);
 }
 
 void OurSession::rest(int milliseconds) {

@@ -25,15 +25,19 @@ public:
     [[nodiscard]] MediaPlayer& player() noexcept { return m_player; }
     [[nodiscard]] MediaPlayerItem& item() noexcept { return *m_item; }
     [[nodiscard]] const MediaAsset& asset() const noexcept { return *m_asset; }
+    /// The longest that a call to the player has kept the main thread, in milliseconds.
+    [[nodiscard]] double longestCall() const noexcept { return m_longestCall; }
     /// Runs the event loop until the newest seek or step is shown.
     void settle();
 
 private:
     double step(int count);
+    void noteCall(double milliseconds);
 
     std::shared_ptr<const MediaAsset> m_asset;
     std::shared_ptr<MediaPlayerItem> m_item;
     MediaPlayer m_player;
+    double m_longestCall = 0;
 };
 
 } // namespace stillwick::benchmarks

@@ -106,6 +106,8 @@ void benchmark(Report& report, const Film& film, int count) {
         ours = measure(session, film, count);
         addAll(report, film, QStringLiteral("ours"), ours);
         addRatios(report, film, ours, theirs);
+        report.add(film.name, QStringLiteral("longest call on the main thread"),
+                   session.longestCall(), QStringLiteral("ms"));
         addHeldMemory(report, film.name, session);
         addScroll(report, film.name, session, film.rate, film.seconds);
         addDrag(report, film.name, session, film.seconds);

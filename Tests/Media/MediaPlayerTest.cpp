@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -338,6 +339,30 @@ TEST_F(MediaPlayerTest, ARemovedObserverIsNeverCalledAgain) {
     player.pause();
     runFor(50ms);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(MediaPlayerTest, SeeksDuringSeeksAreAnsweredInTheirOrderAndTheNewestStays) {
+    open(QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4"));
+    const std::vector<CMTime> asked = {CMTime::make(9001, 600), CMTime::make(301, 600),
+                                       CMTime::make(6001, 600), CMTime::make(2401, 600)};
+    std::vector<std::string> log;
+    const auto nameOf = [&asked](const CMTime& time) {
+        const auto place = std::find(asked.begin(), asked.end(), time);
+        return place == asked.end() ? std::string("near") : std::to_string(place - asked.begin());
+    };
+    QObject::connect(&player, &MediaPlayer::pictureChanged, &player,
+                     [&] { log.push_back(nameOf(player.currentTime())); });
+    for (const CMTime& time : asked) {
+        player.seek(time, CMTime::zero(), CMTime::zero());
+        runFor(1ms);
+    }
+    settle();
+    runFor(100ms);
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log.back(), "3");
+    EXPECT_EQ(std::count(log.begin(), log.end(), "3"), 1) << "and is shown once";
+    std::erase(log, "near");
+    EXPECT_TRUE(std::is_sorted(log.begin(), log.end()));
 }
 
 TEST_F(MediaPlayerTest, AnotherFilmTakesThePlaceOfOneThatIsStillSeeking) {
