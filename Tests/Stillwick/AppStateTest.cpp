@@ -33,7 +33,7 @@ protected:
         return QUrl::fromLocalFile(path);
     }
 
-    void run(QStringList arguments) const {
+    void run(const QStringList& arguments) const {
         QProcess program;
         program.start(QStringLiteral("ffmpeg"),
                       QStringList{QStringLiteral("-nostdin"), QStringLiteral("-v"),
