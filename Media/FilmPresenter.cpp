@@ -228,30 +228,32 @@ void FilmPresenter::settle(SharedFrame frame, const CMTime& time, FrameLoader::C
 void FilmPresenter::idle(const std::stop_token& stop) {
     const auto patience = SteadyClock::now() + neighbourPatience;
     while (!hasCommand() && !stop.stop_requested() && SteadyClock::now() < patience) {
-        const std::int64_t progress = m_loader->progress();
-        if (prepareNeighbours())
+        const Neighbours neighbours = prepareNeighbour();
+        if (neighbours == Neighbours::Ready)
             break;
-        m_loader->waitForProgress(progress, SteadyClock::now() + shortWait, stop);
+        if (neighbours == Neighbours::Awaited)
+            waitForCommand(SteadyClock::now() + shortWait, stop);
     }
     waitForCommand(SteadyClock::time_point::max(), stop);
 }
 
-/// Converts one neighbour that is not yet; true when there is nothing left to do.
-bool FilmPresenter::prepareNeighbours() {
+/// Converts one neighbour that is not yet.
+FilmPresenter::Neighbours FilmPresenter::prepareNeighbour() {
     if (!m_frame)
-        return true;
+        return Neighbours::Ready;
     const std::int64_t time = m_frame->presentationTime();
-    bool isComplete = true;
+    Neighbours result = Neighbours::Ready;
     for (const bool isBackward : {m_travelsBackward, !m_travelsBackward}) {
         const SharedFrame neighbour = isBackward ? m_cache->before(time) : m_cache->after(time);
         const bool isAtEnd = isBackward ? m_cache->isFirst(time) : m_cache->isLast(time);
         if (neighbour && !isConverted(*neighbour)) {
             (void)pictureOf(neighbour);
-            return false;
+            return Neighbours::Converted;
         }
-        isComplete = isComplete && (neighbour || isAtEnd);
+        if (!neighbour && !isAtEnd)
+            result = Neighbours::Awaited;
     }
-    return isComplete;
+    return result;
 }
 
 void FilmPresenter::play(const std::stop_token& stop) {

@@ -81,6 +81,7 @@ private:
         int count = 0;
         SharedFrame frame;
     };
+    enum class Neighbours { Ready, Converted, Awaited };
     struct Picture {
         SharedFrame frame;
         QImage image;
@@ -97,7 +98,7 @@ private:
     void rest(const SharedFrame& shown);
     void settle(SharedFrame frame, const CMTime& time, FrameLoader::Course course);
     void idle(const std::stop_token& stop);
-    [[nodiscard]] bool prepareNeighbours();
+    [[nodiscard]] Neighbours prepareNeighbour();
 
     void play(const std::stop_token& stop);
     void startPlaying(const std::stop_token& stop);
