@@ -323,12 +323,23 @@ bool FrameSource::decodeAhead(std::int64_t tick) {
     m_run.next = decodeNext(tick);
     if (!m_run.next)
         return false;
-    const bool isPair = m_run.shown && !m_run.isDoubtful &&
-                        m_run.shown->presentationTime() >= m_run.completeFrom &&
-                        m_run.next->presentationTime() > m_run.shown->presentationTime();
-    if (isPair && m_pairHandler)
+    if (m_pairHandler && isPair())
         m_pairHandler(m_run.shown, m_run.next);
     return true;
+}
+
+/// Whether nothing lies between the frame shown and the next, as far as can be known.
+bool FrameSource::isPair() {
+    if (!m_run.shown || m_run.isDoubtful)
+        return false;
+    const std::int64_t shown = m_run.shown->presentationTime();
+    const std::int64_t next = m_run.next->presentationTime();
+    if (shown < m_run.completeFrom || next <= shown)
+        return false;
+    // Some decoders learn only while they decode how far a stream reorders its pictures, and let
+    // one fall on the way.
+    m_queue.readAheadTo(next);
+    return !isPictureMissingAfter(shown);
 }
 
 bool FrameSource::isSettled(const Target& target) const {

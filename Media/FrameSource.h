@@ -103,6 +103,7 @@ private:
     void begin(const PacketQueue::Entry& entry);
     [[nodiscard]] Outcome advanceTo(const Target& target);
     [[nodiscard]] bool decodeAhead(std::int64_t tick);
+    [[nodiscard]] bool isPair();
     void showNext();
     [[nodiscard]] SharedFrame following(Damage damage);
     [[nodiscard]] SharedFrame retryAfter(std::int64_t last);
