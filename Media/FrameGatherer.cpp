@@ -137,10 +137,11 @@ SharedFrame FrameGatherer::before(const SharedFrame& frame, const std::stop_toke
     // Where the group is being decoded anyway, the frame comes with it; else the quickest way is to
     // leave out what no other picture needs, and the group follows when there is time.
     SharedFrame before = m_cache->before(time);
-    while (!before && isFillingUntil(time) && continueFill(stop))
+    if (!before && isFillingUntil(time)) {
+        while (continueFill(stop)) {
+        }
         before = m_cache->before(time);
-    if (!before)
-        before = m_cache->before(time);
+    }
     if (before)
         return before;
     const CMTime earlier = timeline().timeOf(time - 1);

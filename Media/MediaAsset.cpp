@@ -44,40 +44,31 @@ QFuture<Value> loaded(Value (*load)(const QString& path), const QString& path) {
     return promise->future();
 }
 
-/// The film's picture track in its open container; no stream where there is none.
-struct OpenTrack {
-    libav::FormatContext container;
-    AVStream* stream = nullptr;
-};
-
-OpenTrack openTrack(const QString& path, const std::stop_token& stop) {
-    OpenTrack track{openContainer(path, stop), nullptr};
+CMTime durationOf(const QString& path) {
+    const std::stop_token never;
     try {
-        track.stream = &chooseVideoTrack(*track.container);
+        return FrameSource(path, never).endTime(never);
     } catch (const MediaError& error) {
         if (error.category() != MediaError::Category::NoVideo)
             throw;
     }
-    return track;
-}
-
-CMTime durationOf(const QString& path) {
-    const std::stop_token never;
-    const OpenTrack track = openTrack(path, never);
-    if (track.stream)
-        return FrameSource(path, never).endTime(never);
-    const std::int64_t duration = track.container->duration;
+    const std::int64_t duration = openContainer(path, never)->duration;
     return CMTime::make(duration == AV_NOPTS_VALUE ? 0 : duration, AV_TIME_BASE);
 }
 
 QList<MediaTrack> videoTracksOf(const QString& path) {
     const std::stop_token never;
-    const OpenTrack track = openTrack(path, never);
-    if (!track.stream)
+    const libav::FormatContext container = openContainer(path, never);
+    const AVStream* stream = nullptr;
+    try {
+        stream = &chooseVideoTrack(*container);
+    } catch (const MediaError& error) {
+        if (error.category() != MediaError::Category::NoVideo)
+            throw;
         return {};
-    const AVRational average = track.stream->avg_frame_rate;
-    const AVRational rate =
-        average.num > 0 && average.den > 0 ? average : track.stream->r_frame_rate;
+    }
+    const AVRational average = stream->avg_frame_rate;
+    const AVRational rate = average.num > 0 && average.den > 0 ? average : stream->r_frame_rate;
     return {MediaTrack{rate.num > 0 && rate.den > 0 ? float(av_q2d(rate)) : 0.0F}};
 }
 

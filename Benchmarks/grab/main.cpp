@@ -1,5 +1,6 @@
 // bench-grab --clips FOLDER [--grabs N] [--checks N] [--json FILE]: times exact grabs at random
 // times, by us and by others, and compares N of ours with a linear decode.
+#include "../Options.h"
 #include "../Report.h"
 #include "Contest.h"
 
@@ -14,12 +15,6 @@
 using namespace stillwick::benchmarks;
 
 namespace {
-
-QString valueOf(const QString& option, const QString& otherwise) {
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(option);
-    return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : otherwise;
-}
 
 void contend(Report& report, const QString& path, const QString& name, const Contest::Size& size) {
     std::fprintf(stderr, "timing %s\n", qPrintable(name));

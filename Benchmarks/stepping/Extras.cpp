@@ -2,6 +2,7 @@
 
 #include "../Report.h"
 #include "../Timings.h"
+#include "../grab/Ffms2Grabs.h"
 #include "OurSession.h"
 
 #include "Media/FrameCache.h"
@@ -12,13 +13,10 @@
 #include <QFile>
 #include <QThread>
 
-#include <ffms.h>
-
 #include <algorithm>
 #include <array>
 #include <random>
 #include <stdexcept>
-#include <thread>
 
 namespace stillwick::benchmarks {
 
@@ -36,11 +34,6 @@ double residentMebibytes() {
 double milliseconds(const QElapsedTimer& timer) {
     return double(timer.nsecsElapsed()) / 1e6;
 }
-
-struct Ffms2Deleter {
-    void operator()(FFMS_Index* index) const noexcept { FFMS_DestroyIndex(index); }
-    void operator()(FFMS_VideoSource* source) const noexcept { FFMS_DestroyVideoSource(source); }
-};
 
 } // namespace
 
@@ -146,23 +139,14 @@ void addBreakdown(Report& report, const QString& film, const QString& path, doub
 }
 
 std::vector<double> stepBackWithFfms2(const QString& path, double rate, double seconds, int count) {
-    FFMS_Init(0, 0);
     std::array<char, 512> text{};
     FFMS_ErrorInfo error{};
     error.Buffer = text.data();
     error.BufferSize = int(text.size());
-    FFMS_Indexer* indexer = FFMS_CreateIndexer(path.toUtf8().constData(), &error);
-    if (!indexer)
-        throw std::runtime_error(text.data());
-    FFMS_TrackTypeIndexSettings(indexer, FFMS_TYPE_VIDEO, 1, 0);
-    const std::unique_ptr<FFMS_Index, Ffms2Deleter> index(
-        FFMS_DoIndexing2(indexer, FFMS_IEH_ABORT, &error));
-    if (!index)
-        throw std::runtime_error(text.data());
+    const Ffms2Index index = makeFfms2Index(path);
     const int track = FFMS_GetFirstTrackOfType(index.get(), FFMS_TYPE_VIDEO, &error);
-    const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 4);
     const std::unique_ptr<FFMS_VideoSource, Ffms2Deleter> source(FFMS_CreateVideoSource(
-        path.toUtf8().constData(), track, index.get(), threads, FFMS_SEEK_NORMAL, &error));
+        path.toUtf8().constData(), track, index.get(), decoderThreads(), FFMS_SEEK_NORMAL, &error));
     if (!source)
         throw std::runtime_error(text.data());
     const int start = int(seconds * rate / 2) + count / 2;

@@ -1,5 +1,6 @@
 // bench-stepping --clips FOLDER [--samples N] [--json FILE]: the time from asking for a picture to
 // having it ready for painting, by us and by others, each alone on the machine in its turn.
+#include "../Options.h"
 #include "../Report.h"
 #include "../Timings.h"
 #include "Extras.h"
@@ -34,12 +35,6 @@ struct Samples {
     std::vector<double> stepOn;
     std::vector<double> seek;
 };
-
-QString valueOf(const QString& option, const QString& otherwise) {
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(option);
-    return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : otherwise;
-}
 
 /// The same moves for everybody.
 Samples measure(Stepper& stepper, const Film& film, int count) {

@@ -1,14 +1,8 @@
 // Random walks with the player through every clip that the tests make, and every real film at hand.
 #include "PlayerWalk.h"
-#include "Reference.h"
+#include "FilmCases.h"
 
 #include <gtest/gtest.h>
-
-#include <QFileInfo>
-
-#include <cctype>
-#include <ostream>
-#include <string>
 
 namespace stillwick::testing {
 
@@ -23,58 +17,28 @@ constexpr int operationsPerClip = 150;
 constexpr int operationsPerRealFilm = 500;
 #endif
 
-struct Film {
-    QString path;
-    int operations = 0;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Film& film) {
-    return stream << film.path.toStdString();
-}
-
-std::string nameOf(const ::testing::TestParamInfo<Film>& info) {
-    std::string name = QFileInfo(info.param.path).fileName().toStdString();
-    for (char& character : name) {
-        if (!std::isalnum(static_cast<unsigned char>(character)))
-            character = '_';
-    }
-    return name;
-}
-
-std::vector<Film> films(const QString& folder, int operations) {
-    std::vector<Film> result;
-    for (const QString& path : filmsIn(folder)) {
-        if (!path.endsWith(QStringLiteral("/sound_only.mp4")))
-            result.push_back({path, operations});
-    }
-    return result;
-}
-
-class PlayerWalkTest : public ::testing::TestWithParam<Film> {};
+class PlayerWalkTest : public ::testing::TestWithParam<FilmCase> {};
 
 TEST_P(PlayerWalkTest, WhatIsShownIsWhatIsGrabbed) {
     const auto& [path, operations] = GetParam();
-    const QString name = QFileInfo(path).fileName();
-    // The linear decode of these meets errors: what concealment makes is not repeatable.
-    const bool isDamaged =
-        name.startsWith(QStringLiteral("damaged")) || name.startsWith(QStringLiteral("cut"));
-    const PlayerWalk walk = walkThrough(path, operations, 7, isDamaged);
+    const PlayerWalk walk = walkThrough(path, operations, 7, mayBeDamaged(path));
     EXPECT_TRUE(walk.faults.isEmpty()) << walk.faults.join(QStringLiteral("\n")).toStdString();
     EXPECT_GT(walk.comparisons, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Clips, PlayerWalkTest,
-                         ::testing::ValuesIn(films(QStringLiteral(STILLWICK_CLIPS "/films"),
-                                                   operationsPerClip)),
-                         nameOf);
+                         ::testing::ValuesIn(filmCases(QStringLiteral(STILLWICK_CLIPS "/films"),
+                                                       operationsPerClip)),
+                         nameOfCase);
 
 INSTANTIATE_TEST_SUITE_P(RealFilms, PlayerWalkTest,
-                         ::testing::ValuesIn(films(QStringLiteral(STILLWICK_SHARED_DATA "/films"),
-                                                   operationsPerRealFilm)),
-                         nameOf);
+                         ::testing::ValuesIn(realFilmCases(QStringLiteral(STILLWICK_SHARED_DATA
+                                                                          "/films"),
+                                                           operationsPerRealFilm)),
+                         nameOfCase);
 
 TEST(RealFilms, AreAtHandForWalks) {
-    if (films(QStringLiteral(STILLWICK_SHARED_DATA "/films"), 1).empty())
+    if (realFilmCases(QStringLiteral(STILLWICK_SHARED_DATA "/films"), 1).empty())
         GTEST_SKIP() << "no films in " STILLWICK_SHARED_DATA "/films";
 }
 

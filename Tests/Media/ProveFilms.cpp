@@ -1,4 +1,5 @@
 // prove-films [--frames N] [--seed N] FILM-OR-FOLDER…: the whole proof, by hand, on any films.
+#include "FilmArguments.h"
 #include "Proof.h"
 #include "Reference.h"
 
@@ -12,22 +13,7 @@ using namespace stillwick::testing;
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    QStringList arguments = QCoreApplication::arguments().mid(1);
-    int frames = 1'000'000;
-    unsigned seed = 1;
-    std::vector<QString> films;
-    while (!arguments.isEmpty()) {
-        const QString argument = arguments.takeFirst();
-        if (argument == QStringLiteral("--frames") && !arguments.isEmpty())
-            frames = arguments.takeFirst().toInt();
-        else if (argument == QStringLiteral("--seed") && !arguments.isEmpty())
-            seed = arguments.takeFirst().toUInt();
-        else if (QFileInfo(argument).isDir())
-            for (const QString& film : filmsIn(argument))
-                films.push_back(film);
-        else
-            films.push_back(argument);
-    }
+    const auto [frames, seed, films] = readFilmArguments(argc, argv, "--frames", 1'000'000);
     int faulty = 0;
     for (const QString& film : films) {
         QElapsedTimer timer;

@@ -329,9 +329,3 @@ TEST_F(SoundPlayerTest, GoesOnWithoutAJumpWhenTheServerDiesAndIsHeardAgainWhenIt
 } // namespace
 
 } // namespace stillwick::testing
-
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

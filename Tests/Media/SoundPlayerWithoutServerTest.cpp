@@ -77,9 +77,3 @@ TEST_F(SoundPlayerWithoutServer, EndsWithinATenthOfASecond) {
 } // namespace
 
 } // namespace stillwick::testing
-
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -1,35 +1,18 @@
 // walk-films [--operations N] [--seed N] FILM-OR-FOLDER…: random walks with the player, by hand, on
 // any films.
+#include "FilmArguments.h"
 #include "PlayerWalk.h"
 #include "Reference.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QStringList>
 
 #include <cstdio>
 
 using namespace stillwick::testing;
 
-int main(int count, char** values) {
-    QStringList arguments;
-    for (int i = 1; i < count; ++i)
-        arguments.append(QString::fromLocal8Bit(values[i]));
-    int operations = 500;
-    unsigned seed = 1;
-    std::vector<QString> films;
-    while (!arguments.isEmpty()) {
-        const QString argument = arguments.takeFirst();
-        if (argument == QStringLiteral("--operations") && !arguments.isEmpty())
-            operations = arguments.takeFirst().toInt();
-        else if (argument == QStringLiteral("--seed") && !arguments.isEmpty())
-            seed = arguments.takeFirst().toUInt();
-        else if (QFileInfo(argument).isDir())
-            for (const QString& film : filmsIn(argument))
-                films.push_back(film);
-        else
-            films.push_back(argument);
-    }
+int main(int argc, char** argv) {
+    const auto [operations, seed, films] = readFilmArguments(argc, argv, "--operations", 500);
     int faulty = 0;
     for (const QString& film : films) {
         QElapsedTimer timer;
