@@ -1,14 +1,13 @@
 #include "Imaging/PngEncoder.h"
 
 #include "Imaging/ImagingError.h"
+#include "Imaging/StraightAlpha.h"
 
 #include <QColorSpace>
 
-#include <algorithm>
 #include <csetjmp>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include <png.h>
 
@@ -20,44 +19,17 @@ using Category = ImagingError::Category;
 
 /// Level 3 with the UP filter alone: measured on 1080p, 95 ms against 485 ms for Qt's own writer.
 constexpr int compressionLevel = 3;
-constexpr std::size_t bytesPerPixel = 4;
-
-/// Pixels as RGBA bytes, premultiplied where the picture is: no 8-bit colour changes on the way.
-QImage asRgba(const QImage& image) {
-    const bool exact = image.format() == QImage::Format_ARGB32_Premultiplied ||
-                       image.format() == QImage::Format_RGBA8888_Premultiplied;
-    return image.convertToFormat(exact ? QImage::Format_RGBA8888_Premultiplied
-                                       : QImage::Format_RGBA8888);
-}
-
-/// Divides colours by alpha, halves up. Qt's own conversion is one step off for one colour in 90.
-void unpremultiply(const uchar* from, png_byte* to, std::size_t pixels) {
-    for (const uchar* end = from + pixels * bytesPerPixel; from != end;
-         from += bytesPerPixel, to += bytesPerPixel) {
-        const unsigned alpha = from[3];
-        if (alpha == 255 || alpha == 0) {
-            std::copy_n(from, bytesPerPixel, to);
-            continue;
-        }
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            const unsigned color = (from[channel] * 255U + alpha / 2) / alpha;
-            to[channel] = static_cast<png_byte>(std::min(color, 255U));
-        }
-        to[3] = static_cast<png_byte>(alpha);
-    }
-}
 
 /// One encoding. libpng reports an error by a jump out of its own functions: so the jump lands in
 /// `run`, which holds nothing that would have to be destroyed; all that lives longer is a field.
 class PngWriter {
 public:
     explicit PngWriter(const QImage& image)
-        : m_image(asRgba(image)), m_isSrgb(isSrgb(image.colorSpace())) {
+        : m_image(withStraightAlpha(image)), m_isSrgb(isSrgb(image.colorSpace())) {
         if (m_image.isNull())
             throw ImagingError(Category::OutOfMemory);
         if (!m_isSrgb)
             m_profile = image.colorSpace().iccProfile();
-        m_row.resize(static_cast<std::size_t>(m_image.width()) * bytesPerPixel);
         m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, &PngWriter::onError,
                                         &PngWriter::onWarning);
         m_info = m_png ? png_create_info_struct(m_png) : nullptr;
@@ -113,14 +85,8 @@ private:
 
     void writePixels() {
         png_write_info(m_png, m_info);
-        const auto pixels = static_cast<std::size_t>(m_image.width());
-        const bool isPremultiplied = m_image.format() == QImage::Format_RGBA8888_Premultiplied;
-        for (int y = 0; y < m_image.height(); ++y) {
-            const uchar* line = m_image.constScanLine(y);
-            if (isPremultiplied)
-                unpremultiply(line, m_row.data(), pixels);
-            png_write_row(m_png, isPremultiplied ? m_row.data() : line);
-        }
+        for (int y = 0; y < m_image.height(); ++y)
+            png_write_row(m_png, m_image.constScanLine(y));
         png_write_end(m_png, m_info);
     }
 
@@ -155,7 +121,6 @@ private:
 
     QImage m_image;
     QByteArray m_profile;
-    std::vector<png_byte> m_row;
     QByteArray m_output;
     QString m_libraryText;
     png_structp m_png = nullptr;

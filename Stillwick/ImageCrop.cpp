@@ -31,7 +31,7 @@ QRect visibleBox(const QImage& rgba, quint8 threshold) {
 QImage trimmedToContent(const QImage& image, quint8 threshold) {
     if (image.width() < 1 || image.height() < 1)
         return image;
-    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
     if (rgba.isNull())
         return image;
     const QRect box = visibleBox(rgba, threshold);

@@ -29,7 +29,7 @@ public:
     /// Merged: one picture with all subjects. Per subject: one picture for each, in ascending
     /// instance order. With `crop` each picture is cut to its own subjects, else it has the frame's
     /// size. The work is done on the service's own bounded pool.
-    /// *Shape*: Format_RGBA8888_Premultiplied with a colour space.
+    /// *Shape*: Format_RGBA8888 (straight alpha) with a colour space.
     /// *Errors*: AppError (subjectLiftingUnavailable, noSubjectFound, exportFailed); VisionError,
     /// Cancelled soon after `stop` among them. Pictures already made are dropped.
     /// *Thread*: one with an event loop; resumes there.

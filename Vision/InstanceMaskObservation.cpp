@@ -28,17 +28,28 @@ Choice choiceOf(std::span<const int> instances, const std::vector<int>& known) {
     return choice;
 }
 
-// A premultiplied component times an alpha, rounded; 255 leaves it as it is.
-uchar faded(uchar component, uchar alpha) {
-    return static_cast<uchar>((component * alpha + 127) / 255);
+// A straight component from a premultiplied one, and an alpha times another; both rounded.
+uchar straight(uchar component, uchar alpha) {
+    return static_cast<uchar>(std::min((component * 255 + alpha / 2) / alpha, 255));
+}
+uchar faded(uchar alpha, uchar by) {
+    return static_cast<uchar>((alpha * by + 127) / 255);
 }
 
+// Colours stay whole under a soft edge: opacity stands beside them, not in them.
 void maskRow(const uchar* picture, const uchar* alpha, const uchar* labels, const Choice& choice,
              std::span<uchar> result) {
     for (std::size_t x = 0; 4 * x < result.size(); ++x) {
-        const uchar opacity = choice[labels[x]] ? alpha[x] : uchar{0};
-        for (std::size_t i = 4 * x; i < 4 * x + 4; ++i)
-            result[i] = faded(picture[i], opacity);
+        const uchar* from = picture + 4 * x;
+        uchar* to = result.data() + 4 * x;
+        const uchar opacity = choice[labels[x]] ? faded(from[3], alpha[x]) : uchar{0};
+        if (opacity == 0)
+            std::fill_n(to, 4, uchar{0});
+        else if (from[3] == 255)
+            std::copy_n(from, 3, to);
+        else
+            std::transform(from, from + 3, to, [&](uchar c) { return straight(c, from[3]); });
+        to[3] = opacity;
     }
 }
 
@@ -60,7 +71,7 @@ QImage InstanceMaskObservation::generateMaskedImage(std::span<const int> instanc
         throw VisionError(VisionError::Category::OtherPicture);
     const QRect area =
         extent == MaskedImageExtent::WholePicture ? picture.rect() : extentOf(choice);
-    QImage result(area.size(), QImage::Format_RGBA8888_Premultiplied);
+    QImage result(area.size(), QImage::Format_RGBA8888);
     if (result.isNull())
         throw VisionError(VisionError::Category::OutOfMemory);
     result.setColorSpace(picture.colorSpace());

@@ -29,9 +29,9 @@ public:
     [[nodiscard]] const std::vector<int>& allInstances() const noexcept { return m_instances; }
 
     /// The handler's picture with every pixel outside `instances` transparent. Pixels well inside
-    /// are the picture's own, to the bit; at the edge they fade.
-    /// *Shape*: Format_RGBA8888_Premultiplied, the picture's colour space.
-    /// *Errors*: VisionError: UnknownInstance where `instances` is empty or names one that
+    /// are the picture's own, to the bit; at the edge they fade and keep their colour.
+    /// *Shape*: Format_RGBA8888 (straight alpha, all zeros where it is 0), the picture's colour
+    /// space. *Errors*: VisionError: UnknownInstance where `instances` is empty or names one that
     /// `allInstances` does not hold; OtherPicture where the handler's picture has another size;
     /// OutOfMemory.
     [[nodiscard]] QImage generateMaskedImage(std::span<const int> instances,
