@@ -23,10 +23,10 @@ namespace stillwick {
 /// *Errors*: std::bad_alloc.
 [[nodiscard]] QImage limitedToAlpha(const QImage& picture, const QImage& plane);
 
-/// The picture lying on one colour, whose own opacity is multiplied by `plane`. Where the picture is
-/// transparent the colour stands exactly, where it is opaque the picture does.
-/// *Shape*, *Errors*: as `limitedToAlpha`.
-/// *Source*: Porter and Duff, Compositing Digital Images (1984), the operator over.
+/// The picture lying on one colour, whose own opacity is multiplied by `plane`. Where the picture
+/// is transparent the colour stands exactly, where it is opaque the picture does. *Shape*,
+/// *Errors*: as `limitedToAlpha`. *Source*: Porter and Duff, Compositing Digital Images (1984), the
+/// operator over.
 [[nodiscard]] QImage laidOnColor(const QImage& picture, const QColor& color, const QImage& plane);
 
 /// The picture in the middle of a transparent border of that width on every side.

@@ -42,9 +42,8 @@ public:
                 if (weight > 0 && weight < whole)
                     rim.push_back({dy * stride + dx, weight});
             }
-        std::stable_sort(rim.begin(), rim.end(), [](const RimValue& a, const RimValue& b) {
-            return a.weight > b.weight;
-        });
+        std::stable_sort(rim.begin(), rim.end(),
+                         [](const RimValue& a, const RimValue& b) { return a.weight > b.weight; });
         return rim;
     }
 
@@ -122,16 +121,16 @@ private:
             raise(at(m_flat, m_margin - 1, y), widened.data(), int(widened.size()));
     }
 
-    /// What the rim can raise a row's values to at most: it lies within one pixel of the disc, so the
-    /// greatest of nine neighbours. `most` holds one value more on either side.
+    /// What the rim can raise a row's values to at most: it lies within one pixel of the disc, so
+    /// the greatest of nine neighbours. `most` holds one value more on either side.
     void findMost(int y, std::vector<uchar>& most) {
         const int count = int(most.size());
         std::copy_n(at(m_flat, m_margin - 1, y - 1), count, most.begin());
         raise(most.data(), at(m_flat, m_margin - 1, y), count);
         raise(most.data(), at(m_flat, m_margin - 1, y + 1), count);
         for (int i = 0; i + 2 < count; ++i)
-            most[std::size_t(i)] = std::max({most[std::size_t(i)], most[std::size_t(i) + 1],
-                                             most[std::size_t(i) + 2]});
+            most[std::size_t(i)] = std::max(
+                {most[std::size_t(i)], most[std::size_t(i) + 1], most[std::size_t(i) + 2]});
     }
 
     void addRim(int y, uchar* row, const std::vector<uchar>& most) {

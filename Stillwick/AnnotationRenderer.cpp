@@ -33,15 +33,16 @@ QPainterPath arrowHead(const QLineF& shaft, double stroke) {
 }
 
 QColor colorOf(const Annotation& mark) {
-    const auto component = [](double value) { return float(std::clamp(value, 0.0, 1.0)); };
+    const auto component = [](double value) {
+        return float(std::clamp(value, 0.0, 1.0));
+    };
     return QColor::fromRgbF(component(mark.r), component(mark.g), component(mark.b),
                             component(mark.a));
 }
 
 bool isDrawable(const Annotation& mark) {
-    const auto numbers = {mark.start.x(), mark.start.y(), mark.end.x(), mark.end.y(),
-                          mark.r,         mark.g,         mark.b,       mark.a,
-                          mark.lineWidth};
+    const auto numbers = {mark.start.x(), mark.start.y(), mark.end.x(), mark.end.y(),  mark.r,
+                          mark.g,         mark.b,         mark.a,       mark.lineWidth};
     return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
 }
 
@@ -71,9 +72,8 @@ void drawMark(QPainter& painter, const Annotation& mark, const QSizeF& size) {
 QImage inSrgb(const QImage& image) {
     const QColorSpace srgb(QColorSpace::SRgb);
     const QColorSpace own = image.colorSpace();
-    QImage canvas = withStraightAlpha(own.isValid() && own != srgb
-                                          ? image.convertedToColorSpace(srgb)
-                                          : image);
+    QImage canvas =
+        withStraightAlpha(own.isValid() && own != srgb ? image.convertedToColorSpace(srgb) : image);
     canvas.setColorSpace(srgb);
     return canvas;
 }

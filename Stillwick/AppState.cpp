@@ -3,9 +3,9 @@
 #include "Media/MediaAsset.h"
 #include "Media/MediaError.h"
 #include "Stillwick/AppError.h"
+#include "Stillwick/ExportNaming.h"
 
 #include <QCoroFuture>
-#include <QFileInfo>
 #include <QPointer>
 
 #include <cmath>
@@ -155,11 +155,7 @@ void AppState::setErrorMessage(std::optional<QString> message) {
 }
 
 QString AppState::videoName() const {
-    if (!hasVideo())
-        return QStringLiteral("video");
-    const QFileInfo file(m_videoURL.toLocalFile());
-    // A name that is all extension is a name.
-    return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
+    return hasVideo() ? ExportNaming::videoName(m_videoURL.toLocalFile()) : QStringLiteral("video");
 }
 
 } // namespace stillwick

@@ -1,56 +1,45 @@
 #include "Stillwick/CommandLine.h"
 
+#include "Stillwick/TimeText.h"
+
 #include <QCoreApplication>
 #include <QRegularExpression>
 
-#include <limits>
+#include <algorithm>
+#include <array>
+#include <optional>
 
 namespace stillwick {
 
 namespace {
 
-/// A number of digits only; none past 64 bits.
-std::optional<qint64> digits(const QString& text) {
-    bool isNumber = false;
-    const qint64 number = text.toLongLong(&isNumber);
-    return isNumber ? std::optional(number) : std::nullopt;
+/// Where captures go before a group is named, as in a new window.
+const QString firstGroup = QStringLiteral("Captures");
+/// Wider edges than this are a slip of the keyboard.
+constexpr double widestEdge = 1000;
+
+/// A number of pixels, with a point or a comma; none below 0 or above the widest.
+std::optional<double> parsePixels(const QString& text) {
+    static const QRegularExpression form(QStringLiteral("^[0-9]{1,4}(?:[.,][0-9]{1,6})?$"));
+    if (!form.match(text).hasMatch())
+        return std::nullopt;
+    const double pixels = QString(text).replace(u',', u'.').toDouble();
+    return pixels <= widestEdge ? std::optional(pixels) : std::nullopt;
 }
 
-std::optional<CMTime> parsePair(const QString& text) {
-    static const QRegularExpression form(QStringLiteral("^([0-9]+)/([0-9]+)$"));
-    const auto match = form.match(text);
-    if (!match.hasMatch())
-        return std::nullopt;
-    const auto value = digits(match.captured(1));
-    const auto timescale = digits(match.captured(2));
-    if (!value || !timescale || *timescale < 1 || *timescale > std::numeric_limits<qint32>::max())
-        return std::nullopt;
-    return CMTime::make(*value, qint32(*timescale));
-}
-
-std::optional<CMTime> parseClock(const QString& text) {
+/// #RRGGBB or #RRGGBBAA.
+std::optional<QColor> parseColor(const QString& text) {
     static const QRegularExpression form(
-        QStringLiteral("^(?:(?:([0-9]{1,9}):)?([0-9]{1,9}):)?([0-9]{1,10})(?:[.,]([0-9]{1,9}))?$"));
+        QStringLiteral("^#([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})?$"));
     const auto match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;
-    const bool hasHours = match.hasCaptured(1);
-    const bool hasMinutes = match.hasCaptured(2);
-    const qint64 minutes = match.captured(2).toLongLong();
-    const qint64 seconds = match.captured(3).toLongLong();
-    constexpr qint64 sixty = 60;
-    if ((hasMinutes && seconds >= sixty) || (hasHours && minutes >= sixty))
-        return std::nullopt;
-    const qint64 whole = (match.captured(1).toLongLong() * sixty + minutes) * sixty + seconds;
-    const QString decimals = match.captured(4);
-    qint32 timescale = 1;
-    for (qsizetype i = 0; i < decimals.size(); ++i)
-        timescale *= 10;
-    qint64 value = 0;
-    if (__builtin_mul_overflow(whole, qint64(timescale), &value) ||
-        __builtin_add_overflow(value, decimals.toLongLong(), &value))
-        return std::nullopt;
-    return CMTime::make(value, timescale);
+    constexpr int hexadecimal = 16;
+    const auto component = [&match](int i) {
+        return match.captured(i).toInt(nullptr, hexadecimal);
+    };
+    return QColor(component(1), component(2), component(3),
+                  match.hasCaptured(4) ? component(4) : 255);
 }
 
 /// Takes words one by one and remembers the first fault.
@@ -76,33 +65,38 @@ public:
         if (!m_fault.isEmpty())
             return UsageError{m_fault};
         if (!m_isCapture)
-            return StillCommand{m_capture.video, m_capture.times.front(), m_capture.folder};
+            return StillCommand{m_capture.video, lastCapture().time, m_capture.folder};
         return m_capture;
     }
 
 private:
+    struct Option {
+        QStringView word;
+        bool isForStill;
+        void (Parser::*take)(const QString& value);
+    };
+    /// The options that are followed by a value.
+    static const std::array<Option, 11> options;
+
     void takeWord(const QString& word) {
         if (m_areOptionsOver || !word.startsWith(u'-') || word == QStringLiteral("-"))
             takeVideo(word);
         else if (word == QStringLiteral("--"))
             m_areOptionsOver = true;
-        else if (word == QStringLiteral("--at"))
-            takeTime(valueOf(word));
-        else if (word == QStringLiteral("-o"))
-            takeOutput(valueOf(word));
-        else if (m_isCapture && word == QStringLiteral("--mode"))
-            takeMode(valueOf(word));
         else if (m_isCapture && word == QStringLiteral("--crop"))
             m_capture.crop = true;
         else
-            m_fault = QStringLiteral("Option inconnue : « %1 ».").arg(word);
+            takeOption(word);
     }
 
-    QString valueOf(const QString& option) {
-        if (!m_words.isEmpty())
-            return m_words.takeFirst();
-        m_fault = QStringLiteral("L'option « %1 » attend une valeur.").arg(option);
-        return {};
+    void takeOption(const QString& word) {
+        const auto* option = std::ranges::find(options, QStringView(word), &Option::word);
+        if (option == options.end() || !(m_isCapture || option->isForStill))
+            m_fault = QStringLiteral("Option inconnue : « %1 ».").arg(word);
+        else if (m_words.isEmpty())
+            m_fault = QStringLiteral("L'option « %1 » attend une valeur.").arg(word);
+        else
+            (this->*option->take)(m_words.takeFirst());
     }
 
     void takeVideo(const QString& word) {
@@ -113,19 +107,23 @@ private:
     }
 
     void takeTime(const QString& text) {
-        if (!m_fault.isEmpty())
-            return;
-        if (const auto time = parseTime(text))
-            m_capture.times.push_back(*time);
-        else
+        const auto time = parseTime(text);
+        if (!time)
             m_fault = QStringLiteral("Instant non valable : « %1 ».").arg(text);
-        if (!m_isCapture && m_capture.times.size() > 1)
+        else if (!m_isCapture && m_lastGroup)
             m_fault =
                 QStringLiteral("Un seul instant est possible avec « still » : « %1 ».").arg(text);
+        else
+            addCapture(*time);
+    }
+
+    void addCapture(const CMTime& time) {
+        group().captures.push_back({time, {}});
+        m_lastGroup = m_group;
     }
 
     void takeOutput(const QString& text) {
-        if (m_fault.isEmpty() && !m_capture.folder.isEmpty())
+        if (!m_capture.folder.isEmpty())
             m_fault = QStringLiteral("L'option « -o » est donnée deux fois : « %1 ».").arg(text);
         m_capture.folder = text;
     }
@@ -135,34 +133,116 @@ private:
             m_capture.mode = ExportMode::merged;
         else if (text == QStringLiteral("perSubject"))
             m_capture.mode = ExportMode::perSubject;
-        else if (m_fault.isEmpty())
+        else
             m_fault = QStringLiteral("Mode inconnu : « %1 ».").arg(text);
     }
+
+    void takeStyle(const QString& text) {
+        if (const auto style = filterStyleFromRawValue(text))
+            m_capture.style = *style;
+        else
+            m_fault = QStringLiteral("Style inconnu : « %1 ».").arg(text);
+    }
+
+    void takeShrink(const QString& text) { takePixels(text, m_capture.edge.shrink); }
+    void takeFeather(const QString& text) { takePixels(text, m_capture.edge.feather); }
+
+    void takeOutline(const QString& text) {
+        m_capture.edge.outline = true;
+        takePixels(text, m_capture.edge.outlineWidth);
+    }
+
+    void takePixels(const QString& text, double& pixels) {
+        if (const auto number = parsePixels(text))
+            pixels = *number;
+        else
+            m_fault = QStringLiteral("Nombre de pixels non valable : « %1 ».").arg(text);
+    }
+
+    void takeOutlineColor(const QString& text) {
+        m_hasOutlineColor = true;
+        if (const auto color = parseColor(text))
+            m_capture.edge.outlineColor = *color;
+        else
+            m_fault = QStringLiteral("Couleur non valable : « %1 ».").arg(text);
+    }
+
+    /// Opens the group of that name, which may have been open before.
+    void takeGroup(const QString& name) {
+        const auto found = std::ranges::find(m_capture.groups, name, &GroupRequest::name);
+        m_group = std::size_t(found - m_capture.groups.begin());
+        if (found == m_capture.groups.end())
+            m_capture.groups.push_back({name, {}});
+    }
+
+    void takeNoteOfCapture(const QString& text) {
+        if (!m_lastGroup)
+            m_fault = QStringLiteral("L'option « --note » vient après l'instant qu'elle "
+                                     "concerne : « %1 ».")
+                          .arg(text);
+        else
+            takeNote(QStringLiteral("--note"), text, lastCapture().note);
+    }
+
+    void takeNoteOfGroup(const QString& text) {
+        takeNote(QStringLiteral("--group-note"), text, group().note);
+    }
+
+    void takeNote(const QString& option, const QString& text, QString& note) {
+        if (!note.isEmpty())
+            m_fault =
+                QStringLiteral("L'option « %1 » est donnée deux fois : « %2 ».").arg(option, text);
+        note = text;
+    }
+
+    /// The group that is open.
+    GroupRequest& group() {
+        if (m_capture.groups.empty())
+            takeGroup(firstGroup);
+        return m_capture.groups[m_group];
+    }
+
+    /// The capture that was asked for last, whatever group is open now. There must be one.
+    CaptureRequest& lastCapture() { return m_capture.groups[*m_lastGroup].captures.back(); }
 
     void checkWhole() {
         if (!m_fault.isEmpty())
             return;
         if (m_capture.video.isEmpty())
             m_fault = QStringLiteral("La vidéo manque.");
-        else if (m_capture.times.empty())
+        else if (!m_lastGroup)
             m_fault = QStringLiteral("L'option « --at » manque.");
         else if (m_capture.folder.isEmpty())
             m_fault = QStringLiteral("L'option « -o » manque.");
+        else if (m_hasOutlineColor && !m_capture.edge.outline)
+            m_fault = QStringLiteral("L'option « --outline-color » va avec « --outline ».");
     }
 
     QStringList m_words;
     bool m_isCapture = false;
     bool m_areOptionsOver = false;
+    bool m_hasOutlineColor = false;
     CaptureCommand m_capture; // of « still » the file stands in `folder`
+    std::size_t m_group = 0;
+    std::optional<std::size_t> m_lastGroup; ///< of the capture asked for last
     QString m_fault;
 };
 
-} // namespace
+const std::array<Parser::Option, 11> Parser::options{{
+    {u"--at", true, &Parser::takeTime},
+    {u"-o", true, &Parser::takeOutput},
+    {u"--mode", false, &Parser::takeMode},
+    {u"--style", false, &Parser::takeStyle},
+    {u"--shrink", false, &Parser::takeShrink},
+    {u"--feather", false, &Parser::takeFeather},
+    {u"--outline", false, &Parser::takeOutline},
+    {u"--outline-color", false, &Parser::takeOutlineColor},
+    {u"--group", false, &Parser::takeGroup},
+    {u"--note", false, &Parser::takeNoteOfCapture},
+    {u"--group-note", false, &Parser::takeNoteOfGroup},
+}};
 
-std::optional<CMTime> parseTime(const QString& text) {
-    const auto pair = parsePair(text);
-    return pair ? pair : parseClock(text);
-}
+} // namespace
 
 Command parseCommandLine(const QStringList& arguments) {
     return Parser(arguments).parse();
@@ -173,11 +253,20 @@ QString usageText() {
         "Utilisation :\n"
         "  stillwick still VIDÉO --at INSTANT -o FICHIER.png\n"
         "      L'image entière, exactement à cet instant.\n"
-        "  stillwick capture VIDÉO --at INSTANT [--at INSTANT …] -o DOSSIER\n"
-        "                    [--mode merged|perSubject] [--crop]\n"
+        "  stillwick capture VIDÉO --at INSTANT [--at INSTANT …] -o DOSSIER [OPTIONS]\n"
         "      Le sujet détouré à chaque instant, en PNG transparent.\n"
-        "      --mode perSubject  un fichier par sujet\n"
-        "      --crop             coupe au plus près du sujet\n"
+        "      --mode merged|perSubject  tous les sujets ensemble, ou un fichier par sujet\n"
+        "      --crop                    coupe au plus près du sujet\n"
+        "      --style none|sketch|comic|poster  aucun style, croquis, BD ou postérisation\n"
+        "      --shrink PX               réduit le bord du détourage\n"
+        "      --feather PX              adoucit le bord\n"
+        "      --outline PX              entoure le sujet d'un contour de cette largeur\n"
+        "      --outline-color #RRVVBB[AA]  couleur du contour (blanc sinon)\n"
+        "      --note TEXTE              note sur l'instant qui précède\n"
+        "      --group NOM               groupe des instants qui suivent ; s'il y en a plusieurs,\n"
+        "                                un dossier par groupe\n"
+        "      --group-note TEXTE        note sur le groupe\n"
+        "      Ctrl-C arrête entre deux images.\n"
         "  stillwick --help | --version\n"
         "\n"
         "INSTANT : des secondes (83.5), un temps affiché (01:23.500, 1:02:03.250)\n"

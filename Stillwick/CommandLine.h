@@ -2,12 +2,13 @@
 #pragma once
 
 #include "Media/CMTime.h"
+#include "Stillwick/EdgeOptions.h"
 #include "Stillwick/ExportMode.h"
+#include "Stillwick/FilterStyle.h"
 
 #include <QString>
 #include <QStringList>
 
-#include <optional>
 #include <variant>
 #include <vector>
 
@@ -20,13 +21,28 @@ struct StillCommand {
     QString file;
 };
 
+/// A time at which to capture.
+struct CaptureRequest {
+    CMTime time;
+    QString note;
+};
+
+/// Captures that belong together.
+struct GroupRequest {
+    QString name;
+    QString note;
+    std::vector<CaptureRequest> captures = {}; ///< in the order given
+};
+
 /// One cut-out, or one per subject, for each time, into a folder.
 struct CaptureCommand {
     QString video;
-    std::vector<CMTime> times; ///< in the order given
+    std::vector<GroupRequest> groups; ///< in the order in which they were first named
     QString folder;
     ExportMode mode = ExportMode::merged;
     bool crop = false;
+    FilterStyle style = FilterStyle::none;
+    EdgeOptions edge;
 };
 
 /// No command: the window.
@@ -47,10 +63,5 @@ using Command = std::variant<WindowCommand, StillCommand, CaptureCommand, TextCo
 
 /// How to call the program.
 [[nodiscard]] QString usageText();
-
-/// A time as the user writes it: seconds ("83.5"), minutes and seconds ("01:23.500"), hours too
-/// ("1:02:03.250"), or an exact pair ("41750/500"). Exact, decimals up to nine; none for anything
-/// else.
-[[nodiscard]] std::optional<CMTime> parseTime(const QString& text);
 
 } // namespace stillwick

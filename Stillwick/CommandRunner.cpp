@@ -2,129 +2,150 @@
 
 #include "Media/MediaAsset.h"
 #include "Media/MediaError.h"
-#include "Stillwick/AppError.h"
+#include "Stillwick/BatchExportService.h"
+#include "Stillwick/ErrorDescription.h"
 #include "Stillwick/ExportNaming.h"
-#include "Stillwick/ImageCrop.h"
-#include "Stillwick/ImageExportService.h"
 #include "Stillwick/SubjectExtractionService.h"
-#include "Stillwick/VideoFrameExtractorService.h"
-#include "Vision/VisionError.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace stillwick {
 
 namespace {
 
-/// The services that a command uses, ready for its film; none, with a complaint, where it cannot be
-/// opened.
-struct Workshop {
-    VideoFrameExtractorService extractor;
-    SubjectExtractionService subjects;
-    ImageExportService exporter;
-};
-
-std::unique_ptr<Workshop> openWorkshop(const QString& video, const CommandOutput& output) {
+/// An extractor ready for the film; none, with a complaint, where it cannot be opened.
+std::optional<VideoFrameExtractorService> openFilm(const QString& video,
+                                                   const CommandOutput& output) {
     auto asset = std::make_shared<const MediaAsset>(video);
     try {
         asset->open();
     } catch (const MediaError& error) {
         output.complaint(QStringLiteral("%1 — %2").arg(video, error.description()));
-        return nullptr;
+        return std::nullopt;
     }
-    auto workshop = std::make_unique<Workshop>();
-    workshop->extractor.prepare(std::move(asset));
-    return workshop;
+    VideoFrameExtractorService extractor;
+    extractor.prepare(std::move(asset));
+    return extractor;
 }
 
-QString failureLine(const CMTime& time, const QString& message) {
-    return QStringLiteral("%1 — %2").arg(time.displayString(), message);
+QString failureLine(const QString& timestamp, const QString& message) {
+    return timestamp + QStringLiteral(" — ") + message;
 }
 
-QString errorMessage(const QException& error) {
-    if (const auto* own = dynamic_cast<const AppError*>(&error))
-        return own->description();
-    if (const auto* vision = dynamic_cast<const VisionError*>(&error))
-        return vision->description();
-    return QString::fromUtf8(error.what());
+ExportGroup groupOf(const GroupRequest& request, ExportGroup::Placement placement) {
+    QList<CapturedFrame> frames;
+    for (const CaptureRequest& capture : request.captures)
+        frames.append(CapturedFrame(capture.time, {}, {}, false, capture.note));
+    return {request.name, request.note, frames, placement};
 }
 
-QString progressLine(std::size_t done, std::size_t total) {
-    return QStringLiteral("%1 / %2").arg(done).arg(total);
+ExportJob jobOf(const CaptureCommand& command) {
+    const auto placement = command.groups.size() > 1 ? ExportGroup::Placement::subfolder
+                                                     : ExportGroup::Placement::outputFolder;
+    ExportJob job;
+    for (const GroupRequest& group : command.groups)
+        job.groups.append(groupOf(group, placement));
+    job.videoName = ExportNaming::videoName(command.video);
+    job.outputFolder = command.folder;
+    job.mode = command.mode;
+    job.crop = command.crop;
+    job.filter = command.style;
+    job.edge = command.edge.params();
+    return job;
 }
 
-/// The cut-outs of one time, as they are to be written.
-QCoro::Task<std::vector<QImage>> cutOut(Workshop& workshop, const CaptureCommand& command,
-                                        CMTime time) {
-    const QImage picture = co_await workshop.extractor.image(time);
-    const bool isMerged = command.mode == ExportMode::merged;
-    // The merged cut-out is trimmed to what is visible, each subject alone to its own extent.
-    std::vector<QImage> images =
-        co_await workshop.subjects.extract(picture, command.mode, !isMerged && command.crop);
-    if (isMerged && command.crop)
-        images.front() = ImageCrop::trimmedToContent(images.front());
-    co_return images;
+qsizetype captureCount(const ExportJob& job) {
+    qsizetype count = 0;
+    for (const ExportGroup& group : job.groups)
+        count += group.frames().size();
+    return count;
 }
 
-void write(Workshop& workshop, const CaptureCommand& command, CMTime time,
-           const std::vector<QImage>& images, const CommandOutput& output) {
-    const QString name = QFileInfo(command.video).completeBaseName();
-    for (std::size_t i = 0; i < images.size(); ++i) {
-        const auto number =
-            command.mode == ExportMode::perSubject ? std::optional(int(i) + 1) : std::nullopt;
-        const QString path =
-            QDir(command.folder).filePath(ExportNaming::fileName(name, time, number));
-        workshop.exporter.writePNG(images[i], path);
-        output.progress({});
-        output.result(path);
+/// What an export tells, as lines; and what came of it.
+struct ExportAccount {
+    CommandOutput output;
+    qsizetype total = 0;
+    qsizetype finished = 0;
+    qsizetype failed = 0;
+    qsizetype files = 0;
+
+    void showProgress() const {
+        output.progress(finished < total ? QStringLiteral("%1 / %2").arg(finished).arg(total)
+                                         : QString());
     }
+
+    /// Events that this account must outlive.
+    ExportEvents events() {
+        return {[this](int count) {
+                    finished = count;
+                    showProgress();
+                },
+                [this](const ExportFailure& failure) {
+                    ++failed;
+                    output.progress({});
+                    output.complaint(failureLine(failure.timestamp, failure.message));
+                },
+                [this](const QString& path) {
+                    ++files;
+                    output.progress({});
+                    output.result(path);
+                }};
+    }
+};
+
+ExitStatus statusOf(const ExportAccount& account, const QString& folder) {
+    account.output.progress({});
+    if (account.finished < account.total) {
+        account.output.complaint(
+            QStringLiteral("Interrompu après %1 instant(s) sur %2 : %3 fichier(s) écrit(s) dans "
+                           "« %4 ».")
+                .arg(account.finished)
+                .arg(account.total)
+                .arg(account.files)
+                .arg(folder));
+        return ExitStatus::Interrupted;
+    }
+    return account.failed > 0 ? ExitStatus::SomeFailed : ExitStatus::AllDone;
 }
 
 } // namespace
 
 QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output) {
-    const std::unique_ptr<Workshop> workshop = openWorkshop(command.video, output);
-    if (!workshop)
+    auto extractor = openFilm(command.video, output);
+    if (!extractor)
         co_return ExitStatus::NothingDone;
     try {
-        const QImage picture = co_await workshop->extractor.image(command.time);
-        workshop->exporter.writePNG(picture, command.file);
+        const QImage picture = co_await extractor->image(command.time);
+        ImageExportService().writePNG(picture, command.file);
         output.result(command.file);
     } catch (const QException& error) {
-        output.complaint(failureLine(command.time, errorMessage(error)));
+        output.complaint(failureLine(command.time.displayString(), localizedDescription(error)));
         co_return ExitStatus::SomeFailed;
     }
     co_return ExitStatus::AllDone;
 }
 
-QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output) {
-    const std::unique_ptr<Workshop> workshop = openWorkshop(command.video, output);
-    if (!workshop)
+QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output,
+                                   std::stop_token stop) {
+    const auto extractor = openFilm(command.video, output);
+    if (!extractor)
         co_return ExitStatus::NothingDone;
     if (!QDir().mkpath(command.folder)) {
         output.complaint(
             QStringLiteral("Le dossier « %1 » ne peut pas être créé.").arg(command.folder));
         co_return ExitStatus::NothingDone;
     }
-    ExitStatus status = ExitStatus::AllDone;
-    for (std::size_t done = 0; done < command.times.size(); ++done) {
-        const CMTime time = command.times[done];
-        output.progress(progressLine(done, command.times.size()));
-        try {
-            const std::vector<QImage> images = co_await cutOut(*workshop, command, time);
-            write(*workshop, command, time, images, output);
-        } catch (const QException& error) {
-            status = ExitStatus::SomeFailed;
-            output.progress({});
-            output.complaint(failureLine(time, errorMessage(error)));
-        }
-    }
-    output.progress({});
-    co_return status;
+    ExportJob job = jobOf(command);
+    ExportAccount account{output, captureCount(job)};
+    account.showProgress();
+    const BatchExportService service(*extractor, std::make_shared<SubjectExtractionService>(),
+                                     ImageExportService(), ExtractRenderer::make());
+    co_await service.run(std::move(job), account.events(), std::move(stop));
+    co_return statusOf(account, command.folder);
 }
 
 } // namespace stillwick

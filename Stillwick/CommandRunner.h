@@ -6,6 +6,7 @@
 #include <QCoroTask>
 
 #include <functional>
+#include <stop_token>
 
 namespace stillwick {
 
@@ -14,6 +15,7 @@ enum class ExitStatus {
     AllDone = 0,
     SomeFailed = 1,
     NothingDone = 2,
+    Interrupted = 130, ///< as shells number what Ctrl-C ends
 };
 
 /// Where a command writes its lines.
@@ -27,7 +29,9 @@ struct CommandOutput {
 /// Writes the picture at the command's time.
 [[nodiscard]] QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output);
 
-/// Captures one time after the other; what fails is told, and the next is captured.
-[[nodiscard]] QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output);
+/// Exports the command's captures; what fails is told, and the next is captured. After `stop` none
+/// is begun, and what has been written is told.
+[[nodiscard]] QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output,
+                                                 std::stop_token stop = {});
 
 } // namespace stillwick

@@ -28,7 +28,7 @@ QString EdgeOptions::signature() const {
     const QStringList edge{fixed(shrink, 1), fixed(feather, 1), QString::number(outline ? 1 : 0),
                            fixed(outlineWidth, 1)};
     const QStringList rgba{fixed(color.r, 2), fixed(color.g, 2), fixed(color.b, 2),
-                                 fixed(color.a, 2)};
+                           fixed(color.a, 2)};
     return edge.join(u'-') + u'-' + rgba.join(u',');
 }
 

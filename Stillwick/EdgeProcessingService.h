@@ -6,8 +6,8 @@
 
 namespace stillwick {
 
-/// Shrinks, softens and outlines cut-outs. Never fails: a picture that cannot be worked on comes back
-/// as it was.
+/// Shrinks, softens and outlines cut-outs. Never fails: a picture that cannot be worked on comes
+/// back as it was.
 class EdgeProcessingService final {
 public:
     /// The cut-out with its border drawn inwards by `shrink`, then blurred with the standard

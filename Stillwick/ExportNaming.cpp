@@ -1,6 +1,13 @@
 #include "Stillwick/ExportNaming.h"
 
+#include <QFileInfo>
+
 namespace stillwick {
+
+QString ExportNaming::videoName(const QString& path) {
+    const QFileInfo file(path);
+    return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
+}
 
 QString ExportNaming::fileName(const QString& videoName, const CMTime& time,
                                std::optional<int> subjectIndex) {

@@ -14,6 +14,9 @@ class ExportNaming final {
 public:
     ExportNaming() = delete;
 
+    /// A film's name as exports use it: its file's, without the extension. A name that is all
+    /// extension is a name.
+    [[nodiscard]] static QString videoName(const QString& path);
     /// The name of one picture: "match_00-01-23-500.png", or "match_00-01-23-500_s2.png" for
     /// subject 2.
     [[nodiscard]] static QString fileName(const QString& videoName, const CMTime& time,

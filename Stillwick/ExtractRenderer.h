@@ -23,8 +23,8 @@ struct ExtractRenderer {
 
     /// The cut-out with its border cleaned, then in `style`, then outlined: the outline keeps its
     /// plain colour. Never fails: a step that does leaves the picture as it was.
-    /// *Shape*: see EdgeProcessingService and ImageFilterService; the very picture given where there
-    /// is nothing to do.
+    /// *Shape*: see EdgeProcessingService and ImageFilterService; the very picture given where
+    /// there is nothing to do.
     [[nodiscard]] QImage render(const QImage& image, FilterStyle style,
                                 const EdgeParams& params) const;
 };

@@ -1,10 +1,13 @@
 // The program: the command line, and later the window.
+#include "Desktop/Interruption.h"
 #include "Stillwick/CommandRunner.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
 #include <new>
+#include <optional>
+#include <stop_token>
 #include <unistd.h>
 
 namespace {
@@ -32,11 +35,13 @@ CommandOutput standardOutput() {
 }
 
 struct Starter {
+    std::stop_token stop;
+
     QCoro::Task<ExitStatus> operator()(const StillCommand& command) const {
         return runStill(command, standardOutput());
     }
     QCoro::Task<ExitStatus> operator()(const CaptureCommand& command) const {
-        return runCapture(command, standardOutput());
+        return runCapture(command, standardOutput(), stop);
     }
     QCoro::Task<ExitStatus> operator()(const TextCommand& command) const {
         return finish(stdout, command.text.trimmed(), ExitStatus::AllDone);
@@ -61,10 +66,11 @@ private:
     }
 };
 
-QCoro::Task<> runAndQuit(Command command) {
+QCoro::Task<> runAndQuit(Command command, std::stop_token stop) {
     ExitStatus status = ExitStatus::NothingDone;
+    const Starter starter{std::move(stop)}; // GCC 12 destroys one made within `co_await` twice
     try {
-        status = co_await std::visit(Starter{}, command);
+        status = co_await std::visit(starter, command);
     } catch (const std::bad_alloc&) {
         writeLine(stderr, QStringLiteral("La mémoire ne suffit pas."));
     }
@@ -78,8 +84,15 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("stillwick"));
     QCoreApplication::setApplicationVersion(QStringLiteral(STILLWICK_VERSION));
     const Command command = parseCommandLine(QCoreApplication::arguments().mid(1));
+    std::stop_source stop;
+    std::optional<Interruption> interruption;
+    // Any other command may be ended at any moment.
+    if (std::holds_alternative<CaptureCommand>(command))
+        QObject::connect(&interruption.emplace(), &Interruption::requested, &application,
+                         [&stop] { stop.request_stop(); });
     // From within the event loop, so that a command that ends at once can leave it.
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [&command] { runAndQuit(command); }, Qt::QueuedConnection);
+        QCoreApplication::instance(), [&] { runAndQuit(command, stop.get_token()); },
+        Qt::QueuedConnection);
     return QCoreApplication::exec();
 }

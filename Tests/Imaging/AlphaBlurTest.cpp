@@ -19,8 +19,8 @@ QImage step(int width, int height, int edge) {
     return image;
 }
 
-/// What a Gaussian, sampled at whole pixels, makes of a step whose first empty pixel lies `distance`
-/// pixels to the right.
+/// What a Gaussian, sampled at whole pixels, makes of a step whose first empty pixel lies
+/// `distance` pixels to the right.
 double blurredStep(int distance, double sigma) {
     double all = 0;
     double full = 0;
@@ -56,9 +56,10 @@ TEST(AlphaBlurTest, ThePlanesBordersDoNotFade) {
 
 TEST(AlphaBlurTest, BothDirectionsAreBlurredAlike) {
     const QImage across = gaussianBlurred(step(90, 90, 45), 7);
-    const QImage down = gaussianBlurred(
-        step(90, 90, 45).transformed(QTransform().rotate(90)).convertToFormat(QImage::Format_Alpha8),
-        7);
+    const QImage down = gaussianBlurred(step(90, 90, 45)
+                                            .transformed(QTransform().rotate(90))
+                                            .convertToFormat(QImage::Format_Alpha8),
+                                        7);
     for (int i = 0; i < 90; ++i)
         EXPECT_EQ(across.constScanLine(45)[i], down.constScanLine(i)[45]);
 }

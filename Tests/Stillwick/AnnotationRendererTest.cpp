@@ -145,8 +145,7 @@ TEST(AnnotationRendererTest, TheHeadIsOpen) {
 
 TEST(AnnotationRendererTest, AnArrowPointsWhereverItEnds) {
     // Straight down: the barbs end above the tip, left and right of it.
-    const QImage image =
-        drawn(mark(AnnotationKind::arrow, {0.5, 0.2}, {0.5, 0.8}, 0.01), 400, 400);
+    const QImage image = drawn(mark(AnnotationKind::arrow, {0.5, 0.2}, {0.5, 0.8}, 0.01), 400, 400);
     EXPECT_NEAR(acrossRow(image, 200, 0, 400).thickness, 4, subpixel);
     EXPECT_NEAR(acrossRow(image, 200, 0, 400).middle, 200, subpixel);
     const Extent extent = extentOf(image);
@@ -165,7 +164,7 @@ TEST(AnnotationRendererTest, AStrokeIsNeverThinnerThanAPixelNorABarbShorterThanE
     EXPECT_NEAR(extent.top, 50.5 - 8 * std::sin(0.45) - 0.5, 0.5);
     EXPECT_NEAR(extent.bottom, 50.5 + 8 * std::sin(0.45) + 0.5, 0.5);
     EXPECT_NEAR(drawn(mark(AnnotationKind::line, {0, 0.5}, {1, 0.5}, -3), 100, 101)
-                        .constScanLine(50)[4 * 50 + 3],
+                    .constScanLine(50)[4 * 50 + 3],
                 255, 1);
 }
 
@@ -179,8 +178,7 @@ TEST(AnnotationRendererTest, AMarkKeepsItsProportionAtEverySize) {
         EXPECT_NEAR(line.middle, 0.5 * height, subpixel);
         // A rectangle and two half discs.
         const double stroke = 0.02 * width;
-        EXPECT_NEAR(area(image),
-                    stroke * width / 2 + std::numbers::pi * stroke * stroke / 4,
+        EXPECT_NEAR(area(image), stroke * width / 2 + std::numbers::pi * stroke * stroke / 4,
                     0.01 * stroke * width);
     }
 }
@@ -220,15 +218,13 @@ TEST(AnnotationRendererTest, ACircleWithoutWidthIsAVerticalStrokeOrNothing) {
 }
 
 TEST(AnnotationRendererTest, ALineWithoutLengthIsADot) {
-    const QImage image =
-        drawn(mark(AnnotationKind::line, {0.5, 0.5}, {0.5, 0.5}, 0.1), 100, 100);
+    const QImage image = drawn(mark(AnnotationKind::line, {0.5, 0.5}, {0.5, 0.5}, 0.1), 100, 100);
     EXPECT_NEAR(area(image), std::numbers::pi * 25, 2);
     EXPECT_NEAR(acrossRow(image, 50, 0, 100).middle, 50, subpixel);
 }
 
 TEST(AnnotationRendererTest, WhatLiesOutsideIsCutOffAndNothingIsMoved) {
-    const QImage image =
-        drawn(mark(AnnotationKind::line, {-0.5, 0.5}, {0.5, 0.5}, 0.04), 100, 100);
+    const QImage image = drawn(mark(AnnotationKind::line, {-0.5, 0.5}, {0.5, 0.5}, 0.04), 100, 100);
     EXPECT_NEAR(acrossColumn(image, 0, 0, 100).thickness, 4, subpixel);
     EXPECT_NEAR(extentOf(image).right, 52, 0.3);
     const Annotation away = mark(AnnotationKind::circle, {1.5, 1.5}, {3, 3}, 0.04);
@@ -236,10 +232,10 @@ TEST(AnnotationRendererTest, WhatLiesOutsideIsCutOffAndNothingIsMoved) {
 }
 
 TEST(AnnotationRendererTest, LaterMarksLieOverEarlierOnes) {
-    const QImage image = AnnotationRenderer::draw(
-        {mark(AnnotationKind::line, {0, 0.5}, {1, 0.5}, 0.1, Qt::red),
-         mark(AnnotationKind::line, {0.5, 0}, {0.5, 1}, 0.1, Qt::blue)},
-        empty(100, 100));
+    const QImage image =
+        AnnotationRenderer::draw({mark(AnnotationKind::line, {0, 0.5}, {1, 0.5}, 0.1, Qt::red),
+                                  mark(AnnotationKind::line, {0.5, 0}, {0.5, 1}, 0.1, Qt::blue)},
+                                 empty(100, 100));
     EXPECT_EQ(image.pixelColor(50, 50), QColor(Qt::blue));
     EXPECT_EQ(image.pixelColor(20, 50), QColor(Qt::red));
 }
@@ -262,8 +258,8 @@ TEST(AnnotationRendererTest, WhatIsNotDrawnOnStaysToTheBit) {
     for (int y = 0; y < 60; ++y)
         for (int i = 0; i < 4 * 80; ++i)
             image.scanLine(y)[i] = uchar(random());
-    const QImage result = AnnotationRenderer::draw(
-        {mark(AnnotationKind::line, {0.5, 0.1}, {0.5, 0.9}, 0.05)}, image);
+    const QImage result =
+        AnnotationRenderer::draw({mark(AnnotationKind::line, {0.5, 0.1}, {0.5, 0.9}, 0.05)}, image);
     EXPECT_EQ(result.copy(0, 0, 36, 60), image.copy(0, 0, 36, 60));
     EXPECT_EQ(result.copy(44, 0, 36, 60), image.copy(44, 0, 36, 60));
     EXPECT_NE(result, image);
@@ -273,8 +269,8 @@ TEST(AnnotationRendererTest, APictureInAnotherColourSpaceComesOutInSrgb) {
     QImage image(20, 20, QImage::Format_RGB32);
     image.fill(QColor(0, 255, 0));
     image.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));
-    const QImage result = AnnotationRenderer::draw(
-        {mark(AnnotationKind::line, {0.4, 0.4}, {0.6, 0.6}, 0.05)}, image);
+    const QImage result =
+        AnnotationRenderer::draw({mark(AnnotationKind::line, {0.4, 0.4}, {0.6, 0.6}, 0.05)}, image);
     EXPECT_EQ(result.colorSpace(), QColorSpace(QColorSpace::SRgb));
     EXPECT_EQ(result.size(), image.size());
 }
@@ -290,9 +286,9 @@ TEST(AnnotationRendererTest, NumbersBeyondMeasureHarmNothing) {
                                               mark(kind, {-huge, 0.5}, {huge, 0.5}, width)};
                 EXPECT_EQ(AnnotationRenderer::draw(marks, image).size(), image.size());
             }
-    EXPECT_EQ(AnnotationRenderer::draw(
-                  {mark(AnnotationKind::line, {nan, 0}, {infinite, 1}, 0.1)}, image),
-              image);
+    EXPECT_EQ(
+        AnnotationRenderer::draw({mark(AnnotationKind::line, {nan, 0}, {infinite, 1}, 0.1)}, image),
+        image);
 }
 
 } // namespace

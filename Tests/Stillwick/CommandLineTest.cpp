@@ -22,40 +22,6 @@ QString faultOf(const std::vector<const char*>& words) {
     return fault ? fault->message : QString();
 }
 
-void expectTime(const char* text, std::int64_t value, std::int32_t timescale) {
-    const auto time = parseTime(QString::fromUtf8(text));
-    ASSERT_TRUE(time) << text;
-    EXPECT_EQ(time->value, value) << text;
-    EXPECT_EQ(time->timescale, timescale) << text;
-}
-
-TEST(CommandLine, SecondsKeepEveryDecimalThatIsWritten) {
-    expectTime("0", 0, 1);
-    expectTime("83.5", 835, 10);
-    expectTime("83,5", 835, 10);
-    expectTime("0.123456789", 123456789, 1'000'000'000);
-    expectTime("1.0", 10, 10);
-}
-
-TEST(CommandLine, DisplayTimesCountMinutesAndHours) {
-    expectTime("01:23.500", 83500, 1000);
-    expectTime("75:00.000", 4500000, 1000);
-    expectTime("1:02:03.250", 3723250, 1000);
-    expectTime("1:00:00", 3600, 1);
-}
-
-TEST(CommandLine, ExactPairsStandAsTheyAre) {
-    expectTime("41750/500", 41750, 500);
-    expectTime("0/1", 0, 1);
-}
-
-TEST(CommandLine, AnythingElseIsNoTime) {
-    for (const char* text : {"", "abc", "-1", "1.", ".5", "1:60", "1:60:00", "1:2:3:4", "1/0",
-                             "1/-2", "1/2147483648", "5/2/1", "1e3", " 1", "1.0123456789",
-                             "9223372036854775808/1", "9999999999.999999999", "１"})
-        EXPECT_FALSE(parseTime(QString::fromUtf8(text))) << text;
-}
-
 TEST(CommandLine, CaptureTakesSeveralTimesInTheOrderGiven) {
     const Command command = parse({"capture", "match.mp4", "--at", "2", "--at", "1", "-o", "stills",
                                    "--mode", "perSubject", "--crop"});
@@ -65,9 +31,11 @@ TEST(CommandLine, CaptureTakesSeveralTimesInTheOrderGiven) {
     EXPECT_EQ(capture->folder, QStringLiteral("stills"));
     EXPECT_EQ(capture->mode, ExportMode::perSubject);
     EXPECT_TRUE(capture->crop);
-    ASSERT_EQ(capture->times.size(), 2U);
-    EXPECT_EQ(capture->times[0].value, 2);
-    EXPECT_EQ(capture->times[1].value, 1);
+    ASSERT_EQ(capture->groups.size(), 1U);
+    EXPECT_EQ(capture->groups[0].name, QStringLiteral("Captures"));
+    ASSERT_EQ(capture->groups[0].captures.size(), 2U);
+    EXPECT_EQ(capture->groups[0].captures[0].time.value, 2);
+    EXPECT_EQ(capture->groups[0].captures[1].time.value, 1);
 }
 
 TEST(CommandLine, CaptureIsMergedAndUncroppedByDefault) {
@@ -76,6 +44,59 @@ TEST(CommandLine, CaptureIsMergedAndUncroppedByDefault) {
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->mode, ExportMode::merged);
     EXPECT_FALSE(capture->crop);
+    EXPECT_EQ(capture->style, FilterStyle::none);
+    EXPECT_TRUE(capture->edge.isIdentity());
+}
+
+TEST(CommandLine, CaptureTakesAStyleAndAnEdge) {
+    const Command command =
+        parse({"capture", "a.mp4", "--at", "1", "-o", "x", "--style", "comic", "--shrink", "1.5",
+               "--feather", "0,25", "--outline", "12", "--outline-color", "#ff800040"});
+    const auto* capture = std::get_if<CaptureCommand>(&command);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->style, FilterStyle::comic);
+    EXPECT_EQ(capture->edge.shrink, 1.5);
+    EXPECT_EQ(capture->edge.feather, 0.25);
+    EXPECT_TRUE(capture->edge.outline);
+    EXPECT_EQ(capture->edge.outlineWidth, 12);
+    EXPECT_EQ(capture->edge.outlineColor, QColor(255, 128, 0, 64));
+}
+
+TEST(CommandLine, AnOutlineIsWhiteAndAColourOpaqueUnlessSaid) {
+    const Command plain = parse({"capture", "a.mp4", "--at", "1", "-o", "x", "--outline", "6"});
+    EXPECT_EQ(std::get<CaptureCommand>(plain).edge.outlineColor, QColor(Qt::white));
+    const Command blue = parse({"capture", "a.mp4", "--at", "1", "-o", "x", "--outline", "6",
+                                "--outline-color", "#0000Ff"});
+    EXPECT_EQ(std::get<CaptureCommand>(blue).edge.outlineColor, QColor(Qt::blue));
+}
+
+TEST(CommandLine, CapturesGoIntoTheGroupNamedBeforeThem) {
+    const Command command =
+        parse({"capture", "a.mp4", "--at", "1", "--group", "Plan A", "--at", "2", "--at", "3",
+               "--group", "Plan B", "--group", "Plan A", "--at", "4", "-o", "x"});
+    const auto* capture = std::get_if<CaptureCommand>(&command);
+    ASSERT_TRUE(capture);
+    ASSERT_EQ(capture->groups.size(), 3U);
+    EXPECT_EQ(capture->groups[0].name, QStringLiteral("Captures"));
+    EXPECT_EQ(capture->groups[0].captures.size(), 1U);
+    EXPECT_EQ(capture->groups[1].name, QStringLiteral("Plan A"));
+    ASSERT_EQ(capture->groups[1].captures.size(), 3U);
+    EXPECT_EQ(capture->groups[1].captures[2].time.value, 4);
+    EXPECT_EQ(capture->groups[2].name, QStringLiteral("Plan B"));
+    EXPECT_TRUE(capture->groups[2].captures.empty());
+}
+
+TEST(CommandLine, ANoteIsForTheCaptureBeforeItAndAGroupNoteForTheOpenGroup) {
+    const Command command =
+        parse({"capture", "a.mp4", "-o", "x", "--group", "A", "--group-note", "sur A", "--at", "1",
+               "--at", "2", "--group", "B", "--note", "sur 2", "--group-note", "sur B"});
+    const auto* capture = std::get_if<CaptureCommand>(&command);
+    ASSERT_TRUE(capture);
+    ASSERT_EQ(capture->groups.size(), 2U);
+    EXPECT_EQ(capture->groups[0].note, QStringLiteral("sur A"));
+    EXPECT_EQ(capture->groups[0].captures[0].note, QString());
+    EXPECT_EQ(capture->groups[0].captures[1].note, QStringLiteral("sur 2"));
+    EXPECT_EQ(capture->groups[1].note, QStringLiteral("sur B"));
 }
 
 TEST(CommandLine, StillTakesOneTimeAndAFile) {
@@ -114,6 +135,20 @@ TEST(CommandLine, EveryFaultNamesTheWordAtFault) {
         {{"capture", "a.mp4", "--at", "1", "-o", "x", "-o", "y"}, "« y »"},
         {{"still", "a.mp4", "--at", "1", "--at", "2", "-o", "x"}, "« 2 »"},
         {{"still", "a.mp4", "--at", "1", "-o", "x", "--crop"}, "« --crop »"},
+        {{"still", "a.mp4", "--at", "1", "-o", "x", "--style", "comic"}, "« --style »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--style", "Comic"}, "« Comic »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--shrink", "-1"}, "« -1 »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--feather", "nan"}, "« nan »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--outline", "1001"}, "« 1001 »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--outline", "1e3"}, "« 1e3 »"},
+        {{"capture", "a.mp4", "--at", "1", "-o", "x", "--outline-color", "#ffffff"},
+         "« --outline »"},
+        {{"capture", "a.mp4", "--outline-color", "#fff"}, "« #fff »"},
+        {{"capture", "a.mp4", "--outline-color", "red"}, "« red »"},
+        {{"capture", "a.mp4", "--note", "trop tôt", "--at", "1"}, "« trop tôt »"},
+        {{"capture", "a.mp4", "--at", "1", "--note", "a", "--note", "b"}, "« b »"},
+        {{"capture", "a.mp4", "--group-note", "a", "--group-note", "b"}, "« b »"},
+        {{"capture", "a.mp4", "--at", "1", "--group"}, "« --group »"},
     };
     for (const auto& [words, named] : cases)
         EXPECT_THAT(faultOf(words).toStdString(), HasSubstr(named));

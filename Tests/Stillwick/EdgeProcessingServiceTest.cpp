@@ -24,7 +24,8 @@ QImage cutOut(int width, int height) {
             const double away = std::hypot(x - width / 2.0, y - height / 2.0);
             const double soft = (0.4 * height - away) * 32 + double(random() % 32);
             const int alpha = int(std::clamp(soft, 0.0, 255.0));
-            const auto color = QColor(int(random() % 256), int(random() % 256), int(random() % 256), alpha);
+            const auto color =
+                QColor(int(random() % 256), int(random() % 256), int(random() % 256), alpha);
             image.setPixelColor(x, y, alpha == 0 ? QColor(0, 0, 0, 0) : color);
         }
     return image;

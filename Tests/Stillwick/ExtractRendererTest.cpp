@@ -66,7 +66,9 @@ TEST(ExtractRendererTest, InEveryStyleTheRingKeepsTheOutlineColourExactly) {
 TEST(ExtractRendererTest, OneRendererServesSeveralThreadsAtOnce) {
     const EdgeParams params{1, 1, true, 4, 1, 1, 1, 1};
     const QImage image = cutOut();
-    const auto renderIn = [&](FilterStyle style) { return renderer.render(image, style, params); };
+    const auto renderIn = [&](FilterStyle style) {
+        return renderer.render(image, style, params);
+    };
     QList<QFuture<QImage>> futures;
     for (int round = 0; round < 5; ++round)
         for (const FilterStyle style : allFilterStyles)

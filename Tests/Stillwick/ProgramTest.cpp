@@ -1,11 +1,18 @@
 // The program itself, as a person calls it.
+#include "ForkedChild.h"
+
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <sys/wait.h>
 
 namespace {
 
@@ -143,6 +150,103 @@ TEST(Program, APathIsWrittenAsItWasGiven) {
     EXPECT_EQ(ending.status, 0) << ending.complaints.toStdString();
     EXPECT_EQ(ending.output, QStringLiteral("été.png\n"));
     EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("été.png"))));
+}
+
+QStringList filesBelow(const QString& folder) {
+    QStringList files;
+    QDirIterator entries(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (entries.hasNext())
+        files.append(QDir(folder).relativeFilePath(entries.next()));
+    files.sort();
+    return files;
+}
+
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+TEST(Program, GroupsGetFoldersNotesAndIndexes) {
+    const QTemporaryDir folder;
+    const QStringList words =
+        QStringLiteral("--style;comic;--outline;6;--outline-color;#ff0000;--crop;"
+                       "--group;Plan A/B;--group-note;première\nséance;--at;1;--note;vue de face;"
+                       "--at;2;--group;Plan C;--at;3;-o")
+            .split(u';');
+    const Ending ending =
+        run(QStringList{QStringLiteral("capture"), sample} + words + QStringList{folder.path()});
+    EXPECT_EQ(ending.status, 0) << ending.complaints.toStdString();
+    EXPECT_EQ(filesBelow(folder.path()),
+              QStringList({QStringLiteral("Plan A-B/Plan A-B.md"),
+                           QStringLiteral("Plan A-B/balles_00-00-01-000.png"),
+                           QStringLiteral("Plan A-B/balles_00-00-02-000.png"),
+                           QStringLiteral("Plan C/Plan C.md"),
+                           QStringLiteral("Plan C/balles_00-00-03-000.png")}));
+    EXPECT_EQ(QString::fromUtf8(contentOf(folder.filePath(QStringLiteral("Plan A-B/Plan A-B.md")))),
+              "# Plan A/B\n\npremière\nséance\n\n## Images\n"
+              "- [balles_00-00-01-000.png](balles_00-00-01-000.png) — 00:01.000\n"
+              "  > vue de face\n"
+              "- [balles_00-00-02-000.png](balles_00-00-02-000.png) — 00:02.000\n");
+    EXPECT_EQ(ending.output.count(u'\n'), 5); // each file is named
+    const QImage picture(folder.filePath(QStringLiteral("Plan C/balles_00-00-03-000.png")));
+    int red = 0;
+    for (int x = 0; x < picture.width(); ++x)
+        red += (picture.pixel(x, 2) | 0xff000000U) == 0xffff0000U ? 1 : 0;
+    EXPECT_GT(red, 10); // the outline touches the cropped picture's border
+}
+
+TEST(Program, ControlCStopsBetweenCapturesAndSaysWhatWasWritten) {
+    const QTemporaryDir folder;
+    QStringList words{QStringLiteral("capture"), sample, QStringLiteral("-o"), folder.path()};
+    for (int i = 0; i < 39; ++i)
+        words += {QStringLiteral("--at"), QStringLiteral("%1/10").arg(i)};
+    QProcess process;
+    process.start(QStringLiteral(STILLWICK_PROGRAM), words);
+    ASSERT_TRUE(process.waitForReadyRead(60'000)); // the first file is named
+    ::kill(pid_t(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(60'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 130);
+    const QString named = QString::fromUtf8(process.readAllStandardOutput());
+    const QStringList files = filesBelow(folder.path());
+    EXPECT_LT(files.size(), 39);
+    EXPECT_EQ(named.count(u'\n'), files.size());
+    for (const QString& file : files) {
+        EXPECT_TRUE(named.contains(folder.filePath(file) + u'\n'));
+        EXPECT_EQ(QImage(folder.filePath(file)).size(), QSize(1280, 720)) << file.toStdString();
+    }
+    EXPECT_EQ(QString::fromUtf8(process.readAllStandardError()),
+              QStringLiteral("Interrompu après %1 instant(s) sur 39 : %1 fichier(s) écrit(s) dans "
+                             "« %2 ».\n")
+                  .arg(files.size())
+                  .arg(folder.path()));
+}
+
+TEST(Program, AFullDiskFailsTheCapturesThatDoNotFitAndLeavesNoHalfFile) {
+    const QTemporaryDir folder;
+    const QString disk = folder.filePath(QStringLiteral("disk"));
+    ASSERT_TRUE(QDir().mkpath(disk));
+    const std::string report = stillwick::inChild([&]() -> std::string {
+        // A cut-out takes about 150 kB.
+        if (const auto obstacle = stillwick::mountSmallDisk(disk.toStdString(), "256k");
+            !obstacle.empty())
+            return "skip " + obstacle;
+        const std::string command = "'" STILLWICK_PROGRAM "' capture '" + sample.toStdString() +
+                                    "' --at 1 --at 2 --at 3 -o '" + disk.toStdString() +
+                                    "/stills' 2>'" + folder.path().toStdString() +
+                                    "/complaints' >/dev/null";
+        const int status = std::system(command.c_str());
+        const QStringList files = filesBelow(disk);
+        const bool isWhole =
+            files.size() == 1 && QImage(disk + u'/' + files.first()).size() == QSize(1280, 720);
+        return std::to_string(WEXITSTATUS(status)) + (isWhole ? " whole" : " broken");
+    });
+    if (report.starts_with("skip "))
+        GTEST_SKIP() << report.substr(5);
+    EXPECT_EQ(report, "1 whole");
+    EXPECT_EQ(QString::fromUtf8(contentOf(folder.filePath(QStringLiteral("complaints")))),
+              "00:02.000 — Échec de l'export : Le disque est plein.\n"
+              "00:03.000 — Échec de l'export : Le disque est plein.\n");
 }
 
 } // namespace

@@ -1,0 +1,14 @@
+// What an error says to people. Any thread.
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+namespace stillwick {
+
+/// The error's French sentence: an AppError's own, a platform layer's, or one for what nobody
+/// foresaw.
+[[nodiscard]] QString localizedDescription(const std::exception& error);
+
+} // namespace stillwick
