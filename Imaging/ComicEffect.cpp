@@ -18,7 +18,7 @@ namespace stillwick {
 
 namespace {
 
-constexpr double contourPixels = 3.0;
+constexpr double contourPixels = 3.3;
 constexpr double dotSpacingPixels = 5.0;
 /// Brightness at which dots begin, and at which they have grown together to full ink.
 constexpr double screenStart = 0.55;

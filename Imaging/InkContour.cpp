@@ -17,8 +17,8 @@ namespace {
 /// is well visible, and a subject that is translucent all over is not filled with ink.
 constexpr double fullShare = 0.5;
 /// The blurred coverage at the inner end of the stroke, and the width of its soft edge.
-constexpr double innerCoverage = 0.92;
-constexpr double softness = 0.16;
+constexpr double innerCoverage = 0.94;
+constexpr double softness = 0.1;
 
 std::array<uchar, 256> inkOfCoverage() {
     std::array<uchar, 256> table{};
@@ -37,8 +37,8 @@ cv::Mat inkContour(const VisibleSubject& subject, double widthPixels) {
     cv::Mat coverage;
     alpha.convertTo(coverage, CV_8U, 255 / (fullShare * std::max(highest, 1.0)));
     cv::resize(coverage, coverage, matrixSize(subject.drawingSize()), 0, 0, cv::INTER_AREA);
-    // Blurred coverage rises from one half at the silhouette to 0.92 at 1.4 standard deviations.
-    const double sigma = widthPixels / 1.4;
+    // Blurred coverage rises from one half at the silhouette to 0.94 at 1.55 standard deviations.
+    const double sigma = widthPixels / 1.55;
     cv::GaussianBlur(coverage, coverage, {}, sigma, sigma, cv::BORDER_CONSTANT);
     cv::resize(coverage, coverage, alpha.size(), 0, 0, cv::INTER_LINEAR);
     auto table = inkOfCoverage();

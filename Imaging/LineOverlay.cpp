@@ -16,7 +16,7 @@ namespace stillwick {
 
 namespace {
 
-constexpr double contourPixels = 3.0;
+constexpr double contourPixels = 3.3;
 /// Makes the slope of a sharp step twice its height: in films an edge is spread over some pixels.
 constexpr double sobelScale = 0.5;
 /// How much of the mean slope around a pixel is taken off its own.
