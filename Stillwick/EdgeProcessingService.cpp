@@ -18,14 +18,6 @@ constexpr double mostPixels = 1 << 28;
 /// The free border beyond an outline.
 constexpr double freeBorder = 2;
 
-QImage cleaned(QImage picture, double shrink, double feather) {
-    if (0 < shrink)
-        picture = limitedToAlpha(picture, erodedByDisc(alphaPlaneOf(picture), shrink));
-    if (0 < feather)
-        picture = limitedToAlpha(picture, gaussianBlurred(alphaPlaneOf(picture), feather));
-    return picture;
-}
-
 /// The pixels that decide how the visible ones come out; null where none is visible.
 QRect areaToClean(const QImage& picture, double feather) {
     const QRect visible = boxOfAlphaAbove(picture, 0);
@@ -39,16 +31,15 @@ QImage outlined(const QImage& picture, double width, const QColor& color) {
     const double border = std::ceil(width + freeBorder);
     if (!((picture.width() + 2 * border) * (picture.height() + 2 * border) <= mostPixels))
         return {};
-    const QImage padded = withBorder(picture, int(border));
-    const QRect visible = boxOfAlphaAbove(padded, 0);
-    if (visible.isNull())
-        return padded;
+    QImage result = withBorder(picture, int(border));
     const int reach = int(std::ceil(width));
-    const QRect grown = visible.marginsAdded({reach, reach, reach, reach});
-    const QImage part = padded.copy(grown);
-    return placedIn(padded.size(),
-                    laidOnColor(part, color, dilatedByDisc(alphaPlaneOf(part), width)),
-                    grown.topLeft());
+    const QRect visible = boxOfAlphaAbove(result, 0);
+    if (!visible.isNull()) {
+        const QRect grown = visible.marginsAdded({reach, reach, reach, reach});
+        const QImage silhouette = dilatedByDisc(alphaPlaneOf(result, grown), width);
+        layOnColor(result, color, silhouette, grown.topLeft());
+    }
+    return result;
 }
 
 } // namespace
@@ -57,12 +48,16 @@ QImage EdgeProcessingService::cleanEdges(const QImage& image, double shrink, dou
     if (!(0 < shrink) && !(0 < feather))
         return image;
     try {
-        const QImage picture = withStraightAlpha(image);
+        QImage picture = withStraightAlpha(image);
         const QRect area = areaToClean(picture, feather);
-        if (area.isNull())
+        if (area.isNull() || picture.bits() == nullptr) // bits() detaches, and may find no memory
             return image;
-        return placedIn(picture.size(), cleaned(picture.copy(area), shrink, feather),
-                        area.topLeft());
+        if (0 < shrink)
+            limitAlpha(picture, erodedByDisc(alphaPlaneOf(picture, area), shrink), area.topLeft());
+        if (0 < feather)
+            limitAlpha(picture, gaussianBlurred(alphaPlaneOf(picture, area), feather),
+                       area.topLeft());
+        return picture;
     } catch (const std::bad_alloc&) {
         return image;
     }
