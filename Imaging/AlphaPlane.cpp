@@ -85,6 +85,7 @@ QRect boxOfAlphaAbove(const QImage& picture, uchar threshold) {
 
 void limitAlpha(QImage& picture, const QImage& plane, QPoint corner) {
     Q_ASSERT(picture.rect().contains(QRect(corner, plane.size())));
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN); // alpha, the last byte, is a word's highest
     constexpr quint32 color = 0xffffff;
     constexpr int alphaShift = 24;
     const int width = plane.width();

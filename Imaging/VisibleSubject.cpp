@@ -1,5 +1,6 @@
 #include "Imaging/VisibleSubject.h"
 
+#include "Imaging/AlphaPlane.h"
 #include "Imaging/MatrixView.h"
 #include "Imaging/StraightAlpha.h"
 
@@ -23,23 +24,6 @@ constexpr double drawingSidePixels = 800;
 constexpr double reachPixels = 12;
 
 using Rgb = cv::Vec3b;
-
-/// The box of what is not fully transparent; empty where all is.
-QRect visibleBox(const QImage& straight) {
-    QRect box;
-    for (int y = 0; y < straight.height(); ++y) {
-        const uchar* alpha = straight.constScanLine(y) + 3;
-        int left = 0;
-        int right = straight.width() - 1;
-        while (left <= right && alpha[4 * left] == 0)
-            ++left;
-        while (right > left && alpha[4 * right] == 0)
-            --right;
-        if (left <= right)
-            box |= QRect(QPoint(left, y), QPoint(right, y));
-    }
-    return box;
-}
 
 double scaleOf(QSize box) {
     return std::max(1.0, std::sqrt(double(box.width()) * box.height()) / drawingSidePixels);
@@ -123,7 +107,7 @@ QImage drawnLayer(const QImage& image, const SubjectDrawing& draw) {
         return {};
     layer.setColorSpace(straight.colorSpace());
     layer.fill(Qt::white);
-    const QRect box = visibleBox(straight);
+    const QRect box = boxOfAlphaAbove(straight, 0);
     if (box.isEmpty())
         return layer;
     const int margin = int(std::ceil(reachPixels * scaleOf(box.size())));

@@ -8,6 +8,7 @@ pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET
     libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6 libswresample>=4)
 pkg_check_modules(ZIMG REQUIRED IMPORTED_TARGET zimg>=3.0)
 pkg_check_modules(LIBPNG REQUIRED IMPORTED_TARGET libpng>=1.6)
+pkg_check_modules(LIBDEFLATE REQUIRED IMPORTED_TARGET libdeflate>=1.10)
 
 # Debian keeps OpenCV's CMake and pkg-config files in the 670 MB package libopencv-dev; the parts
 # that we use are 55 MB and are found by hand.

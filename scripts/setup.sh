@@ -7,7 +7,7 @@ stillwick_packages() {
         build) echo g++ cmake ninja-build ccache pkg-config \
             qt6-base-dev qt6-multimedia-dev libgl1-mesa-dev qcoro-qt6-dev \
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
-            libpng-dev libopencv-core-dev libopencv-imgproc-dev ;;
+            libpng-dev libdeflate-dev libopencv-core-dev libopencv-imgproc-dev ;;
         test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
         bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
@@ -46,7 +46,7 @@ stillwick_require_tools() {
     done
     if command -v pkg-config >/dev/null; then
         for module in Qt6Core Qt6Gui Qt6Multimedia libavformat libavcodec libavutil libswscale \
-            libswresample zimg libpng; do
+            libswresample zimg libpng libdeflate; do
             pkg-config --exists "$module" || missing+=("$module")
         done
     fi

@@ -6,6 +6,7 @@
 #include "Extras.h"
 #include "MpvSession.h"
 #include "OurSession.h"
+#include "WatchedApplication.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -91,11 +92,12 @@ void addRatios(Report& report, const Film& film, const Samples& ours, const Samp
     add(QStringLiteral("exact seek"), ours.seek, theirs.seek);
 }
 
-void benchmark(Report& report, const Film& film, int count) {
+void benchmark(Report& report, const Film& film, int count, WatchedApplication& application) {
     std::fprintf(stderr, "stepping through %s\n", qPrintable(film.name));
     const Samples theirs = measure(*makeMpvSession(film.file), film, count);
     addAll(report, film, QStringLiteral("mpv"), theirs);
     Samples ours;
+    (void)application.takeLongest();
     {
         OurSession session(film.file);
         ours = measure(session, film, count);
@@ -107,6 +109,11 @@ void benchmark(Report& report, const Film& film, int count) {
         addScroll(report, film.name, session, film.rate, film.seconds);
         addDrag(report, film.name, session, film.seconds);
         addPlaying(report, film.name, session, film.rate);
+        const auto longest = application.takeLongest();
+        report.add(film.name, QStringLiteral("longest event on the main thread"),
+                   longest.wallMilliseconds, QStringLiteral("ms"));
+        report.add(film.name, QStringLiteral("longest event, processor's time"),
+                   longest.processorMilliseconds, QStringLiteral("ms"));
     }
     addBreakdown(report, film.name, film.file, film.seconds, count);
     const std::vector<double> ffms2 = stepBackWithFfms2(film.file, film.rate, film.seconds, count);
@@ -118,7 +125,7 @@ void benchmark(Report& report, const Film& film, int count) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    WatchedApplication application(argc, argv);
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int count =
         std::max(10, valueOf(QStringLiteral("--samples"), QStringLiteral("60")).toInt());
@@ -133,7 +140,7 @@ int main(int argc, char** argv) {
         Report report(QStringLiteral("stepping"));
         for (const Film& film : films) {
             if (only.isEmpty() || film.name.startsWith(only))
-                benchmark(report, film, count);
+                benchmark(report, film, count, application);
         }
         report.print(QStringLiteral("stepping: from the request to the picture, in milliseconds"));
         if (!json.isEmpty() && !report.writeJson(json)) {

@@ -76,19 +76,38 @@ QByteArray filteredLines(const QByteArray& file, const QSize& size) {
     return lines;
 }
 
-/// The RGBA bytes of a file, without libpng: inflated, and the UP filter undone.
+/// What a filter takes off a byte, by clause 9.2 of the standard.
+int predictionOf(char filter, int left, int above, int aboveLeft) {
+    if (filter == 1)
+        return left;
+    if (filter == 2)
+        return above;
+    if (filter != 4) {
+        EXPECT_EQ(filter, 0);
+        return 0;
+    }
+    const int p = left + above - aboveLeft;
+    const int pa = std::abs(p - left);
+    const int pb = std::abs(p - above);
+    const int pc = std::abs(p - aboveLeft);
+    return pa <= pb && pa <= pc ? left : pb <= pc ? above : aboveLeft;
+}
+
+/// The RGBA bytes of a file, without libpng: inflated, and the filters undone.
 QByteArray rgbaOf(const QByteArray& file, const QSize& size) {
     const QByteArray lines = filteredLines(file, size);
     const qsizetype width = 4 * qsizetype{size.width()};
-    QByteArray above(width, '\0');
     QByteArray pixels;
+    // A byte of the pixels so far; 0 outside the picture.
+    const auto byteAt = [&pixels, width](qsizetype x, qsizetype y) {
+        return x < 0 || y < 0 ? 0 : int(static_cast<quint8>(pixels.at(y * width + x)));
+    };
     for (qsizetype y = 0; y < size.height(); ++y) {
-        const QByteArray line = lines.mid(y * (width + 1), width + 1);
-        const char filter = size.height() == 1 ? 0 : 2;
-        EXPECT_EQ(line.at(0), filter);
+        const qsizetype start = y * (width + 1);
         for (qsizetype x = 0; x < width; ++x)
-            above[x] = static_cast<char>(line.at(x + 1) + (filter == 2 ? above.at(x) : 0));
-        pixels += above;
+            pixels += static_cast<char>(lines.at(start + 1 + x) +
+                                        predictionOf(lines.at(start), byteAt(x - 4, y),
+                                                     byteAt(x, y - 1), byteAt(x - 4, y - 1)));
     }
     return pixels;
 }
@@ -162,10 +181,26 @@ TEST(PngEncoderTest, TheHeaderSaysEightBitRgbaWithoutInterlacing) {
     EXPECT_EQ(chunks.back().type, "IEND");
 }
 
-TEST(PngEncoderTest, EveryLineIsFilteredUp) {
-    const QByteArray lines = filteredLines(encodePng(opaquePattern(QImage::Format_RGB32)), {16, 9});
-    for (qsizetype y = 0; y < 9; ++y)
-        EXPECT_EQ(lines.at(y * 65), 2) << "line " << y;
+TEST(PngEncoderTest, EachLineTakesTheFilterThatLeavesTheLeast) {
+    const auto filterOfSecondLine = [](auto colorAt) {
+        QImage image(32, 2, QImage::Format_RGBA8888);
+        for (int y = 0; y < 2; ++y)
+            for (int x = 0; x < 32; ++x)
+                image.setPixelColor(x, y, colorAt(x, y));
+        return int(filteredLines(encodePng(image), {32, 2}).at(1 + 4 * 32));
+    };
+    // Columns alike: nothing is left by Up. A line of one colour: little is left by Sub.
+    EXPECT_EQ(filterOfSecondLine([](int x, int) { return QColor(7 * x, 0, 90); }), 2);
+    EXPECT_EQ(filterOfSecondLine([](int x, int y) {
+                  return y == 0 ? QColor(7 * x, x * x % 256, 90) : QColor(80, 80, 80);
+              }),
+              1);
+    // A slope across and a step down: only what both neighbours tell together leaves nothing.
+    EXPECT_EQ(filterOfSecondLine([](int x, int y) {
+                  const int step = x < 16 ? 0 : 60;
+                  return y == 0 ? QColor(step, 2 * x, 9) : QColor(step + 40, 2 * x + 40, 49);
+              }),
+              4);
 }
 
 // RFC 1950: the two upper bits of the second byte tell the level; 1 stands for levels 2 to 5.

@@ -13,9 +13,11 @@ namespace {
 #ifdef __SANITIZE_ADDRESS__
 constexpr int framesPerClip = 6;
 constexpr int framesPerRealFilm = 1;
+constexpr bool alsoWithShortHistory = false;
 #else
 constexpr int framesPerClip = 40;
 constexpr int framesPerRealFilm = 5;
+constexpr bool alsoWithShortHistory = true;
 #endif
 
 class ExactFramesTest : public ::testing::TestWithParam<FilmCase> {};
@@ -26,11 +28,13 @@ TEST_P(ExactFramesTest, RandomAccessGivesWhatALinearDecodeGives) {
     EXPECT_TRUE(proof.skipped.isEmpty()) << proof.skipped.toStdString();
     EXPECT_TRUE(proof.faults.isEmpty()) << proof.faults.join(QStringLiteral("\n")).toStdString();
     EXPECT_GT(proof.grabs, 0);
-    // What was asked before decides where decoding goes on from: so a short history too.
-    const Proof brief = proveFilm(path, 1, 3);
-    EXPECT_TRUE(brief.faults.isEmpty()) << brief.faults.join(QStringLiteral("\n")).toStdString();
     // Only the times of damaged films can be compared: so no others may count as damaged.
     EXPECT_TRUE(!proof.isDamaged || mayBeDamaged(path));
+    if (!alsoWithShortHistory)
+        return;
+    // What was asked before decides where decoding goes on from.
+    const Proof brief = proveFilm(path, 1, 3);
+    EXPECT_TRUE(brief.faults.isEmpty()) << brief.faults.join(QStringLiteral("\n")).toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Clips, ExactFramesTest,

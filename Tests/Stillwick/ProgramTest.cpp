@@ -227,8 +227,8 @@ TEST(Program, AFullDiskFailsTheCapturesThatDoNotFitAndLeavesNoHalfFile) {
     const QString disk = folder.filePath(QStringLiteral("disk"));
     ASSERT_TRUE(QDir().mkpath(disk));
     const std::string report = stillwick::inChild([&]() -> std::string {
-        // A cut-out takes about 150 kB.
-        if (const auto obstacle = stillwick::mountSmallDisk(disk.toStdString(), "256k");
+        // A cut-out takes about 130 kB.
+        if (const auto obstacle = stillwick::mountSmallDisk(disk.toStdString(), "200k");
             !obstacle.empty())
             return "skip " + obstacle;
         const std::string command = "'" STILLWICK_PROGRAM "' capture '" + sample.toStdString() +
