@@ -39,7 +39,8 @@ uchar paethPredictor(int left, int above, int aboveLeft) {
     return uchar(toAbove <= toAboveLeft ? above : aboveLeft);
 }
 
-template <Filter filter> void apply(const RowPair& rows, uchar* out) {
+template <Filter filter>
+void apply(const RowPair& rows, uchar* out) {
     for (int i = 0; i < rows.bytes; ++i) {
         const uchar left = rows.row[i - bytesPerPixel];
         if constexpr (filter == Sub)
@@ -47,8 +48,8 @@ template <Filter filter> void apply(const RowPair& rows, uchar* out) {
         else if constexpr (filter == Up)
             out[i] = uchar(rows.row[i] - rows.above[i]);
         else
-            out[i] = uchar(rows.row[i] - paethPredictor(left, rows.above[i],
-                                                        rows.above[i - bytesPerPixel]));
+            out[i] = uchar(rows.row[i] -
+                           paethPredictor(left, rows.above[i], rows.above[i - bytesPerPixel]));
     }
 }
 
@@ -96,7 +97,8 @@ private:
         offer<Paeth>(rows, out, best);
     }
 
-    template <Filter filter> void offer(const RowPair& rows, uchar* out, long& best) {
+    template <Filter filter>
+    void offer(const RowPair& rows, uchar* out, long& best) {
         apply<filter>(rows, m_candidate.data());
         const long cost = costOf(m_candidate.data(), m_bytes);
         if (cost >= best)
@@ -132,9 +134,8 @@ QByteArray compressedPixels(const QImage& image) {
     if (!compressor)
         throw std::bad_alloc();
     const std::vector<uchar>& bytes = rows.result();
-    QByteArray compressed(
-        qsizetype(libdeflate_zlib_compress_bound(compressor.get(), bytes.size())),
-        Qt::Uninitialized);
+    QByteArray compressed(qsizetype(libdeflate_zlib_compress_bound(compressor.get(), bytes.size())),
+                          Qt::Uninitialized);
     const std::size_t size =
         libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), compressed.data(),
                                  std::size_t(compressed.size()));

@@ -36,48 +36,49 @@ int premultiplied(int value, int alpha) {
     return (product + (product >> 8)) >> 8; // exact division by 255
 }
 
-/// Interleaves planes into the bitmap, the alpha multiplied in where there is one.
-QImage packed(const PlanarPicture& rgb, PicturePool& pool) {
-    const int width = rgb.layout().width;
-    const int height = rgb.layout().height;
+/// Interleaves a piece of a row, the alpha multiplied in where there is one.
+void pack(const PlanarPicture::Row& samples, int left, int right, std::uint8_t* out) {
+    const auto [r, g, b, a] = samples;
+    for (int x = left; x < right && !a; ++x) {
+        out[4 * x] = r[x];
+        out[4 * x + 1] = g[x];
+        out[4 * x + 2] = b[x];
+        out[4 * x + 3] = 255;
+    }
+    for (int x = left; x < right && a; ++x) {
+        out[4 * x] = std::uint8_t(premultiplied(r[x], a[x]));
+        out[4 * x + 1] = std::uint8_t(premultiplied(g[x], a[x]));
+        out[4 * x + 2] = std::uint8_t(premultiplied(b[x], a[x]));
+        out[4 * x + 3] = a[x];
+    }
+}
+
+QImage emptyImage(int width, int height, PicturePool& pool) {
     QImage image = pool.take(width, height);
     if (image.isNull())
         throw std::bad_alloc();
-    const bool hasAlpha = rgb.layout().planes == 4;
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* r = rgb.row(0, y);
-        const std::uint8_t* g = rgb.row(1, y);
-        const std::uint8_t* b = rgb.row(2, y);
-        std::uint8_t* out = image.scanLine(y);
-        if (!hasAlpha) {
-            for (int x = 0; x < width; ++x) {
-                out[4 * x] = r[x];
-                out[4 * x + 1] = g[x];
-                out[4 * x + 2] = b[x];
-                out[4 * x + 3] = 255;
-            }
-            continue;
-        }
-        const std::uint8_t* a = rgb.row(3, y);
-        for (int x = 0; x < width; ++x) {
-            out[4 * x] = std::uint8_t(premultiplied(r[x], a[x]));
-            out[4 * x + 1] = std::uint8_t(premultiplied(g[x], a[x]));
-            out[4 * x + 2] = std::uint8_t(premultiplied(b[x], a[x]));
-            out[4 * x + 3] = a[x];
-        }
-    }
     image.setColorSpace(QColorSpace::SRgb);
     return image;
+}
+
+QImage packed(const PlanarPicture& rgb, PicturePool& pool) {
+    const int width = rgb.layout().width;
+    QImage image = emptyImage(width, rgb.layout().height, pool);
+    for (int y = 0; y < rgb.layout().height; ++y)
+        pack(rgb.rowsAt(y), 0, width, image.scanLine(y));
+    return image;
+}
+
+bool hasSquarePixels(const VideoFrame& frame) {
+    const AVRational ratio = sampleAspectRatio(frame);
+    return ratio.num == ratio.den;
 }
 
 } // namespace
 
 QImage PictureConverter::convert(const VideoFrame& frame, Orientation orientation) {
     try {
-        const AVFrame& picture = frame.avFrame();
-        // What was added to reach a multiple of the chroma's size is cut off again.
-        const PlanarPicture rgb = toRgb(frame).cropped(picture.width, picture.height);
-        QImage image = packed(stretched(rgb, sampleAspectRatio(frame)), m_pool);
+        QImage image = toBitmap(frame);
         return orientation == Orientation::Upright ? oriented(std::move(image), frame.track())
                                                    : image;
     } catch (const std::bad_alloc&) {
@@ -85,13 +86,48 @@ QImage PictureConverter::convert(const VideoFrame& frame, Orientation orientatio
     }
 }
 
+QImage PictureConverter::toBitmap(const VideoFrame& frame) {
+    const AVFrame& picture = frame.avFrame();
+    const libav::Frame planar = toPlanar(picture);
+    const PlanarPicture source = PlanarPicture::of(*planar);
+    const PlaneFormat format = PlaneFormat::of(source, *planar, colorOf(frame));
+    const bool isPlain = !hasTwoFields(*planar) && !format.color.isHighDynamicRange();
+    if (isPlain && hasSquarePixels(frame))
+        return convertedByRows(format, source, {picture.width, picture.height});
+    // What was added to reach a multiple of the chroma's size is cut off again.
+    const PlanarPicture rgb =
+        toRgb(frame, *planar, format, source).cropped(picture.width, picture.height);
+    return packed(stretched(rgb, sampleAspectRatio(frame)), m_pool);
+}
+
+/// Straight into the bitmap, for what needs one step only.
+QImage PictureConverter::convertedByRows(const PlaneFormat& from, const PlanarPicture& source,
+                                         const QSize& size) {
+    prepare(m_toRgb, from,
+            PlaneFormat::rgb(from.layout.width, from.layout.height, from.hasAlpha()));
+    QImage image = emptyImage(size.width(), size.height(), m_pool);
+    std::uint8_t* const bits = image.bits();
+    const qsizetype stride = image.bytesPerLine();
+    // What was added to reach a multiple of the chroma's size stays out.
+    m_toRgb.conversion->convertByRows(
+        source, [=](int y, int left, int right, const PlanarPicture::Row& samples) {
+            if (y < size.height())
+                pack(samples, left, std::min(right, size.width()), bits + y * stride);
+        });
+    return image;
+}
+
+void PictureConverter::prepare(Step& step, const PlaneFormat& from, const PlaneFormat& to) {
+    if (step.conversion && isSameFormat(step.from, from) && isSameFormat(step.to, to))
+        return;
+    step.conversion.emplace(from, to, diffuseWhiteLuminance);
+    step.from = from;
+    step.to = to;
+}
+
 void PictureConverter::run(Step& step, const PlaneFormat& from, const PlaneFormat& to,
                            const PlanarPicture& source, const PlanarPicture& target) {
-    if (!step.conversion || !isSameFormat(step.from, from) || !isSameFormat(step.to, to)) {
-        step.conversion.emplace(from, to, diffuseWhiteLuminance);
-        step.from = from;
-        step.to = to;
-    }
+    prepare(step, from, to);
     step.conversion->convert(source, target);
 }
 
@@ -102,14 +138,12 @@ PlanarPicture PictureConverter::scratch(const PlanarPicture::Layout& layout) {
     return *m_scratch;
 }
 
-PlanarPicture PictureConverter::toRgb(const VideoFrame& frame) {
-    const libav::Frame planar = toPlanar(frame.avFrame());
-    const PlanarPicture source = PlanarPicture::of(*planar);
-    PlaneFormat format = PlaneFormat::of(source, *planar, colorOf(frame));
+PlanarPicture PictureConverter::toRgb(const VideoFrame& frame, const AVFrame& planar,
+                                      PlaneFormat format, const PlanarPicture& source) {
     const double peak = frame.track().peakLuminance;
     PlanarPicture rgb = scratch(
         PlaneFormat::rgb(format.layout.width, format.layout.height, format.hasAlpha()).layout);
-    if (!hasTwoFields(*planar)) {
+    if (!hasTwoFields(planar)) {
         convertRows(format, source, rgb, peak);
         return rgb;
     }
@@ -118,7 +152,7 @@ PlanarPicture PictureConverter::toRgb(const VideoFrame& frame) {
         format.rows = parity == 0 ? PlaneFormat::Rows::TopField : PlaneFormat::Rows::BottomField;
         convertRows(format, source.field(parity), rgb.field(parity), peak);
     }
-    deinterlace(rgb, planar->top_field_first != 0 ? 0 : 1);
+    deinterlace(rgb, planar.top_field_first != 0 ? 0 : 1);
     return rgb;
 }
 

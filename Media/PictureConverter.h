@@ -30,9 +30,14 @@ private:
         std::optional<PlaneConversion> conversion;
     };
 
-    void run(Step& step, const PlaneFormat& from, const PlaneFormat& to,
-             const PlanarPicture& source, const PlanarPicture& target);
-    [[nodiscard]] PlanarPicture toRgb(const VideoFrame& frame);
+    [[nodiscard]] QImage toBitmap(const VideoFrame& frame);
+    [[nodiscard]] QImage convertedByRows(const PlaneFormat& from, const PlanarPicture& source,
+                                         const QSize& size);
+    static void prepare(Step& step, const PlaneFormat& from, const PlaneFormat& to);
+    static void run(Step& step, const PlaneFormat& from, const PlaneFormat& to,
+                    const PlanarPicture& source, const PlanarPicture& target);
+    [[nodiscard]] PlanarPicture toRgb(const VideoFrame& frame, const AVFrame& planar,
+                                      PlaneFormat format, const PlanarPicture& source);
     void convertRows(const PlaneFormat& from, const PlanarPicture& source, const PlanarPicture& rgb,
                      double peakLuminance);
     [[nodiscard]] PlanarPicture stretched(PlanarPicture rgb, AVRational sampleAspectRatio);

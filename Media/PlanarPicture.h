@@ -38,6 +38,15 @@ public:
     [[nodiscard]] std::uint8_t* row(int plane, int y) const noexcept {
         return m_data[std::size_t(plane)] + m_stride[std::size_t(plane)] * y;
     }
+    /// The samples of one row of pixels in each plane; null for planes that are not there.
+    using Row = std::array<const std::uint8_t*, 4>;
+    /// Of a picture without subsampled chroma.
+    [[nodiscard]] Row rowsAt(int y) const noexcept {
+        Row rows{};
+        for (int plane = 0; plane < m_layout.planes; ++plane)
+            rows[std::size_t(plane)] = row(plane, y);
+        return rows;
+    }
     [[nodiscard]] std::uint8_t* data(int plane) const noexcept {
         return m_data[std::size_t(plane)];
     }

@@ -79,22 +79,36 @@ zimg_image_format describe(const PlaneFormat& format) {
 }
 
 template <typename Buffer>
-Buffer bufferOf(const PlanarPicture& picture) {
+Buffer bufferOf(const PlanarPicture& picture, unsigned mask = ZIMG_BUFFER_MAX) {
     Buffer buffer{};
     buffer.version = ZIMG_API_VERSION;
     for (int plane = 0; plane < picture.layout().planes; ++plane) {
         auto& target = buffer.plane[picture.layout().planes == 1 ? 0 : plane];
         target.data = picture.data(plane);
         target.stride = picture.stride(plane);
-        target.mask = ZIMG_BUFFER_MAX;
+        target.mask = mask;
     }
     return buffer;
 }
 
 } // namespace
 
+/// Rows come into a ring and go out of it.
+struct PlaneConversion::RowTaker {
+    const PlanarPicture& ring;
+    unsigned mask;
+    const RowHandler& take;
+
+    static int onRow(void* user, unsigned y, unsigned left, unsigned right) noexcept {
+        const auto& self = *static_cast<const RowTaker*>(user);
+        self.take(int(y), int(left), int(right), self.ring.rowsAt(int(y & self.mask)));
+        return 0;
+    }
+};
+
 struct PlaneConversion::Graph {
     zimg_filter_graph* graph = nullptr;
+    PlanarPicture::Layout target;
     std::size_t scratchSize = 0;
     ~Graph() { zimg_filter_graph_free(graph); }
     Graph() = default;
@@ -144,6 +158,7 @@ PlaneConversion::PlaneConversion(const PlaneFormat& from, const PlaneFormat& to,
     if (!m_graph->graph ||
         zimg_filter_graph_get_tmp_size(m_graph->graph, &m_graph->scratchSize) != ZIMG_ERROR_SUCCESS)
         throwLibraryError();
+    m_graph->target = to.layout;
 }
 
 PlaneConversion::~PlaneConversion() = default;
@@ -151,15 +166,32 @@ PlaneConversion::PlaneConversion(PlaneConversion&&) noexcept = default;
 PlaneConversion& PlaneConversion::operator=(PlaneConversion&&) noexcept = default;
 
 void PlaneConversion::convert(const PlanarPicture& from, const PlanarPicture& to) const {
+    process(from, bufferOf<zimg_image_buffer>(to), nullptr);
+}
+
+void PlaneConversion::convertByRows(const PlanarPicture& from, const RowHandler& take) const {
+    unsigned rows = 0;
+    if (zimg_filter_graph_get_output_buffering(m_graph->graph, &rows) != ZIMG_ERROR_SUCCESS)
+        throwLibraryError();
+    const unsigned mask = zimg_select_buffer_mask(rows);
+    PlanarPicture::Layout layout = m_graph->target;
+    if (mask != ZIMG_BUFFER_MAX)
+        layout.height = int(mask) + 1;
+    const PlanarPicture ring(layout);
+    RowTaker taker{ring, mask, take};
+    process(from, bufferOf<zimg_image_buffer>(ring, mask), &taker);
+}
+
+void PlaneConversion::process(const PlanarPicture& from, const zimg_image_buffer& to,
+                              RowTaker* taker) const {
     const auto source = bufferOf<zimg_image_buffer_const>(from);
-    const auto target = bufferOf<zimg_image_buffer>(to);
     PlanarPicture::Layout scratch;
     scratch.width = int(m_graph->scratchSize);
     scratch.height = 1;
     scratch.planes = 1;
     const PlanarPicture memory(scratch);
-    if (zimg_filter_graph_process(m_graph->graph, &source, &target, memory.data(0), nullptr,
-                                  nullptr, nullptr, nullptr) != ZIMG_ERROR_SUCCESS)
+    if (zimg_filter_graph_process(m_graph->graph, &source, &to, memory.data(0), nullptr, nullptr,
+                                  taker ? &RowTaker::onRow : nullptr, taker) != ZIMG_ERROR_SUCCESS)
         throwLibraryError();
 }
 

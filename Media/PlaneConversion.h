@@ -5,7 +5,10 @@
 #include "Media/ColorDescription.h"
 #include "Media/PlanarPicture.h"
 
+#include <functional>
 #include <memory>
+
+struct zimg_image_buffer;
 
 namespace stillwick {
 
@@ -42,8 +45,20 @@ public:
     /// *Errors*: MediaError Unsupported.
     void convert(const PlanarPicture& from, const PlanarPicture& to) const;
 
+    /// Is given a piece of a row of the result: the samples of each plane from `left` on. Must not
+    /// throw; a piece may come more than once.
+    using RowHandler =
+        std::function<void(int y, int left, int right, const PlanarPicture::Row& samples)>;
+    /// Hands the result over row by row, so that it need not be held anywhere: what large pictures
+    /// cost is the way to memory and back. *Errors*: as `convert`.
+    void convertByRows(const PlanarPicture& from, const RowHandler& take) const;
+
 private:
     struct Graph;
+    struct RowTaker;
+
+    void process(const PlanarPicture& from, const zimg_image_buffer& to, RowTaker* taker) const;
+
     std::unique_ptr<Graph> m_graph;
 };
 
