@@ -37,9 +37,6 @@ QCoro::Task<QImage> grab(std::shared_ptr<const ImageGenerator> generator, CMTime
 
 } // namespace
 
-VideoFrameExtractorService::VideoFrameExtractorService() = default;
-VideoFrameExtractorService::~VideoFrameExtractorService() = default;
-
 void VideoFrameExtractorService::prepare(std::shared_ptr<const MediaAsset> asset) {
     auto generator = std::make_shared<ImageGenerator>(std::move(asset));
     generator->setAppliesPreferredTrackTransform(true);

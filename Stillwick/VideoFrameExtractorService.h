@@ -14,12 +14,10 @@ namespace stillwick {
 class ImageGenerator;
 class MediaAsset;
 
-/// Turns a time of the loaded film into the picture shown at exactly that time.
+/// Turns a time of the loaded film into the picture shown at exactly that time. A copy keeps the
+/// film that it was made with.
 class VideoFrameExtractorService final {
 public:
-    VideoFrameExtractorService();
-    ~VideoFrameExtractorService();
-
     /// Takes the film from which the following requests grab. Requests under way keep theirs.
     void prepare(std::shared_ptr<const MediaAsset> asset);
 
