@@ -4,9 +4,6 @@
 
 #include <QLocale>
 
-#include <clocale>
-#include <string>
-
 namespace stillwick {
 namespace {
 
@@ -37,12 +34,9 @@ TEST(EdgeOptionsTest, TheSignatureHoldsEverySettingRounded) {
 }
 
 TEST(EdgeOptionsTest, TheSignatureDoesNotFollowTheLocale) {
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    std::setlocale(LC_ALL, "");
     QLocale::setDefault(QLocale(QLocale::French));
     EXPECT_EQ((EdgeOptions{.shrink = 0.5}.signature()), "0.5-0.0-0-6.0-1.00,1.00,1.00,1.00");
     QLocale::setDefault(QLocale::c());
-    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(EdgeOptionsTest, ParamsAreTheSettingsInPlainNumbers) {

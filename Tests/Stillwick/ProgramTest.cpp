@@ -235,6 +235,7 @@ TEST(Program, AFullDiskFailsTheCapturesThatDoNotFitAndLeavesNoHalfFile) {
                                     "' --at 1 --at 2 --at 3 -o '" + disk.toStdString() +
                                     "/stills' 2>'" + folder.path().toStdString() +
                                     "/complaints' >/dev/null";
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the child has one thread
         const int status = std::system(command.c_str());
         const QStringList files = filesBelow(disk);
         const bool isWhole =
