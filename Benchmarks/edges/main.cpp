@@ -108,11 +108,5 @@ int main(int argc, char** argv) {
     cv::setNumThreads(1);
     Report report(QStringLiteral("edges"));
     measure(report);
-    report.print(QStringLiteral("edges: one thread, median of 21"));
-    const QString json = valueOf(QStringLiteral("--json"), {});
-    if (!json.isEmpty() && !report.writeJson(json)) {
-        std::fprintf(stderr, "edges: the figures cannot be written\n");
-        return 1;
-    }
-    return 0;
+    return publish(report, QStringLiteral("edges: one thread, median of 21"));
 }

@@ -186,16 +186,12 @@ int main(int argc, char** argv) {
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int captures =
         std::clamp(valueOf(QStringLiteral("--captures"), QStringLiteral("100")).toInt(), 5, 100);
-    const QString json = valueOf(QStringLiteral("--json"), {});
     try {
         Report report(QStringLiteral("export"));
         measure(report, clips.filePath(QStringLiteral("1080p30-subjects.mp4")), captures);
-        report.print(QStringLiteral("export: captures one second apart, merged"));
-        if (!json.isEmpty() && !report.writeJson(json))
-            throw std::runtime_error("the figures cannot be written");
+        return publish(report, QStringLiteral("export: captures one second apart, merged"));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "export: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

@@ -30,7 +30,6 @@ int main(int argc, char** argv) {
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int grabs = std::max(2, valueOf(QStringLiteral("--grabs"), QStringLiteral("50")).toInt());
     const int checks = valueOf(QStringLiteral("--checks"), QStringLiteral("200")).toInt();
-    const QString json = valueOf(QStringLiteral("--json"), {});
     constexpr int firstPictures = 5;
     try {
         Report report(QStringLiteral("grab"));
@@ -38,14 +37,9 @@ int main(int argc, char** argv) {
                 {grabs, std::max(0, checks - 2 * grabs), firstPictures});
         contend(report, clips.filePath(QStringLiteral("4k30.mp4")), QStringLiteral("4K30"),
                 {grabs / 2, 0, firstPictures});
-        report.print(QStringLiteral("grab: exact pictures at random times"));
-        if (!json.isEmpty() && !report.writeJson(json)) {
-            std::fprintf(stderr, "cannot write %s\n", qPrintable(json));
-            return 1;
-        }
+        return publish(report, QStringLiteral("grab: exact pictures at random times"));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "grab: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

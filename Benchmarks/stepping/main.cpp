@@ -129,7 +129,6 @@ int main(int argc, char** argv) {
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int count =
         std::max(10, valueOf(QStringLiteral("--samples"), QStringLiteral("60")).toInt());
-    const QString json = valueOf(QStringLiteral("--json"), {});
     const QString only = valueOf(QStringLiteral("--only"), {});
     const Film films[] = {
         {QStringLiteral("1080p30 H.264"), clips.filePath(QStringLiteral("1080p30.mp4")), 30, 60,
@@ -142,14 +141,10 @@ int main(int argc, char** argv) {
             if (only.isEmpty() || film.name.startsWith(only))
                 benchmark(report, film, count, application);
         }
-        report.print(QStringLiteral("stepping: from the request to the picture, in milliseconds"));
-        if (!json.isEmpty() && !report.writeJson(json)) {
-            std::fprintf(stderr, "cannot write %s\n", qPrintable(json));
-            return 1;
-        }
+        return publish(
+            report, QStringLiteral("stepping: from the request to the picture, in milliseconds"));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "stepping: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

@@ -117,16 +117,11 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const int rounds =
         std::max(1, valueOf(QStringLiteral("--rounds"), QStringLiteral("15")).toInt());
-    const QString json = valueOf(QStringLiteral("--json"), {});
     const std::vector<Row> rows = rowsFor(syntheticCutOut());
     Report report(QStringLiteral("styles"));
     for (const int threads : {1, 2})
         timeRows(rows, threads, rounds, report);
-    report.print(QStringLiteral("styles: a cut-out of half a 1080p picture, median times; "
-                                "the four together always by two callers"));
-    if (!json.isEmpty() && !report.writeJson(json)) {
-        std::fprintf(stderr, "cannot write %s\n", qPrintable(json));
-        return 1;
-    }
-    return 0;
+    return publish(report,
+                   QStringLiteral("styles: a cut-out of half a 1080p picture, median times; "
+                                  "the four together always by two callers"));
 }

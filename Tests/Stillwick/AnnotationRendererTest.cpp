@@ -45,24 +45,23 @@ struct Crossing {
     double middle = 0;
 };
 
-Crossing acrossColumn(const QImage& image, int x, int from, int to) {
+template <typename Ink>
+Crossing crossing(int from, int to, const Ink& inkAtPlace) {
     Crossing crossing;
-    for (int y = from; y < to; ++y) {
-        crossing.thickness += inkAt(image, x, y);
-        crossing.middle += inkAt(image, x, y) * (y + 0.5);
+    for (int place = from; place < to; ++place) {
+        crossing.thickness += inkAtPlace(place);
+        crossing.middle += inkAtPlace(place) * (place + 0.5);
     }
     crossing.middle /= crossing.thickness;
     return crossing;
 }
 
+Crossing acrossColumn(const QImage& image, int x, int from, int to) {
+    return crossing(from, to, [&](int y) { return inkAt(image, x, y); });
+}
+
 Crossing acrossRow(const QImage& image, int y, int from, int to) {
-    Crossing crossing;
-    for (int x = from; x < to; ++x) {
-        crossing.thickness += inkAt(image, x, y);
-        crossing.middle += inkAt(image, x, y) * (x + 0.5);
-    }
-    crossing.middle /= crossing.thickness;
-    return crossing;
+    return crossing(from, to, [&](int x) { return inkAt(image, x, y); });
 }
 
 double area(const QImage& image) {

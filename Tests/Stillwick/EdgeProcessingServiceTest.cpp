@@ -37,6 +37,16 @@ QImage opaque(int width, int height) {
     return image;
 }
 
+/// Transparent but for a box of that colour.
+QImage boxed(const QSize& size, const QRect& box, const QColor& color) {
+    QImage image(size, QImage::Format_RGBA8888);
+    image.fill(Qt::transparent);
+    for (int y = box.top(); y <= box.bottom(); ++y)
+        for (int x = box.left(); x <= box.right(); ++x)
+            image.setPixelColor(x, y, color);
+    return image;
+}
+
 const uchar* pixel(const QImage& image, int x, int y) {
     return image.constScanLine(y) + 4 * x;
 }
@@ -75,11 +85,7 @@ TEST(EdgeProcessingServiceTest, AlphaNeverGrowsAndNoColourChanges) {
 }
 
 TEST(EdgeProcessingServiceTest, ShrinkingDrawsTheBorderInByTheRadius) {
-    QImage image(60, 60, QImage::Format_RGBA8888);
-    image.fill(Qt::transparent);
-    for (int y = 20; y < 40; ++y)
-        for (int x = 20; x < 40; ++x)
-            image.setPixelColor(x, y, Qt::red);
+    const QImage image = boxed({60, 60}, {20, 20, 20, 20}, Qt::red);
     const QImage result = service.cleanEdges(image, 3, 0);
     EXPECT_EQ(pixel(result, 22, 30)[3], 0);
     EXPECT_EQ(pixel(result, 23, 30)[3], 255);
@@ -102,11 +108,7 @@ TEST(EdgeProcessingServiceTest, SofteningDoesNotFadeAtThePicturesBorder) {
 // 255 * (1/2 + g(0) / 2) with g(0) = 0.0997 for a deviation of 4, and the mirror image outside,
 // where nothing was visible and nothing becomes so.
 TEST(EdgeProcessingServiceTest, SofteningHalvesTheOpacityAtTheEdgeAndStaysInside) {
-    QImage image(80, 60, QImage::Format_RGBA8888);
-    image.fill(Qt::transparent);
-    for (int y = 0; y < 60; ++y)
-        for (int x = 0; x < 40; ++x)
-            image.setPixelColor(x, y, Qt::blue);
+    const QImage image = boxed({80, 60}, {0, 0, 40, 60}, Qt::blue);
     const QImage result = service.cleanEdges(image, 0, 4);
     EXPECT_NEAR(pixel(result, 39, 30)[3], 255 * (0.5 + 0.0997 / 2), 1.5);
     EXPECT_EQ(pixel(result, 40, 30)[3], 0);
