@@ -4,7 +4,8 @@
 
 namespace stillwick {
 
-CapturedFrame::CapturedFrame(CMTime time, QImage initialThumbnail, QImage initialSubjectPreview,
+CapturedFrame::CapturedFrame(CMTime time, StillPicture initialThumbnail,
+                             StillPicture initialSubjectPreview,
                              bool initialSubjectExtracted, QString initialNotes,
                              QList<Annotation> initialAnnotations)
     : thumbnail(std::move(initialThumbnail)), subjectPreview(std::move(initialSubjectPreview)),

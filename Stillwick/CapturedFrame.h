@@ -3,8 +3,8 @@
 
 #include "Media/CMTime.h"
 #include "Stillwick/Annotation.h"
+#include "Stillwick/StillPicture.h"
 
-#include <QImage>
 #include <QList>
 #include <QString>
 #include <QUuid>
@@ -17,7 +17,7 @@ namespace stillwick {
 class CapturedFrame {
 public:
     /// A capture of `time` with an identity of its own.
-    CapturedFrame(CMTime time, QImage initialThumbnail, QImage initialSubjectPreview,
+    CapturedFrame(CMTime time, StillPicture initialThumbnail, StillPicture initialSubjectPreview,
                   bool initialSubjectExtracted = false, QString initialNotes = {},
                   QList<Annotation> initialAnnotations = {});
 
@@ -25,9 +25,9 @@ public:
     [[nodiscard]] const CMTime& time() const noexcept { return m_time; }
 
     /// The whole picture at `time`; null until it has been grabbed, and for good if that failed.
-    QImage thumbnail;
+    StillPicture thumbnail;
     /// The subject on a transparent background; null while it is sought and where none was found.
-    QImage subjectPreview;
+    StillPicture subjectPreview;
     /// Whether the grab and the search for a subject have ended, whatever came of them.
     bool subjectExtracted;
     QString notes;
