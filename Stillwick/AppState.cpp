@@ -4,6 +4,8 @@
 #include "Media/MediaError.h"
 #include "Stillwick/AppError.h"
 #include "Stillwick/ExportNaming.h"
+#include "Stillwick/PictureStore.h"
+#include "Stillwick/SubjectExtractionService.h"
 
 #include <QCoroFuture>
 #include <QPointer>
@@ -17,28 +19,31 @@ namespace {
 
 // Fine enough for every film's frames, and what times that are not a frame's are given in.
 constexpr int intervalTimescale = 600;
+// Styles of one cut-out, one after the other in each of them.
+constexpr int mostRenderedAtOnce = 2;
 
 } // namespace
 
 const QString AppState::defaultGroupName = QStringLiteral("Captures");
 
-AppState::AppState(QObject* parent)
-    : QObject(parent),
-      m_player(std::make_shared<MediaPlayer>()), m_groups{CaptureGroup(defaultGroupName)},
-      m_activeGroupID(m_groups.front().id()) {
+AppState::AppState(QObject* parent) : AppState(Services(), parent) {}
+
+AppState::AppState(Services services, QObject* parent)
+    : QObject(parent), m_player(std::make_shared<MediaPlayer>()),
+      m_groups{CaptureGroup(defaultGroupName)}, m_activeGroupID(m_groups.front().id()),
+      m_subjectExtractor(services.subjectExtractor ? std::move(services.subjectExtractor)
+                                                   : std::make_shared<SubjectExtractionService>()),
+      m_renderer(ExtractRenderer::make()), m_renderPool(std::make_shared<QThreadPool>()),
+      m_regenerator(m_subjectExtractor, services.pictures ? std::move(services.pictures)
+                                                          : PictureStore::shared()) {
+    m_renderPool->setObjectName(QStringLiteral("Rendering"));
+    m_renderPool->setMaxThreadCount(mostRenderedAtOnce);
     observePlayer();
+    observeRegenerator();
 }
 
 AppState::~AppState() {
     m_player->removeTimeObserver(m_timeObserver);
-}
-
-template <typename Value>
-void AppState::set(Value& field, Value value, void (AppState::*changed)()) {
-    if (field == value)
-        return;
-    field = std::move(value);
-    emit(this->*changed)();
 }
 
 void AppState::observePlayer() {
@@ -55,11 +60,7 @@ void AppState::observePlayer() {
 
 void AppState::loadVideo(const QUrl& url) {
     prepareVideo(url);
-    m_groups = {CaptureGroup(defaultGroupName)};
-    m_activeGroupID = m_groups.front().id();
-    emit groupsChanged();
-    emit activeGroupIDChanged();
-    set(m_selection, {}, &AppState::selectionChanged);
+    replaceGroups({CaptureGroup(defaultGroupName)});
     m_failures.clear();
     emit failuresChanged();
     set(m_projectURL, {}, &AppState::projectURLChanged);
@@ -135,23 +136,6 @@ CMTime AppState::clamp(const CMTime& time, const CMTime& duration) {
 void AppState::seek(const CMTime& time) {
     if (hasVideo())
         m_player->seek(time, CMTime::zero(), CMTime::zero());
-}
-
-void AppState::setOutputFolder(const QUrl& folder) {
-    set(m_outputFolder, folder, &AppState::outputFolderChanged);
-}
-
-void AppState::setCropToSubject(bool crop) {
-    set(m_cropToSubject, crop, &AppState::cropToSubjectChanged);
-}
-
-void AppState::setSelection(const QSet<QUuid>& ids) {
-    set(m_selection, ids, &AppState::selectionChanged);
-}
-
-void AppState::setErrorMessage(std::optional<QString> message) {
-    m_errorMessage = std::move(message);
-    emit errorMessageChanged();
 }
 
 QString AppState::videoName() const {

@@ -36,6 +36,11 @@ public:
     [[nodiscard]] QCoro::Task<std::vector<QImage>> extract(QImage image, ExportMode mode, bool crop,
                                                            std::stop_token stop = {});
 
+    /// What finds the subjects.
+    [[nodiscard]] const std::shared_ptr<const ForegroundSegmenter>& segmenter() const noexcept {
+        return m_segmenter;
+    }
+
     /// The same at once, on the calling thread.
     [[nodiscard]] std::vector<QImage> extractNow(const QImage& image, ExportMode mode, bool crop,
                                                  std::stop_token stop = {}) const;

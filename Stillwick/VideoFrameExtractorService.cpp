@@ -49,4 +49,8 @@ QCoro::Task<QImage> VideoFrameExtractorService::image(CMTime time, std::stop_tok
     return grab(m_generator, time, std::move(stop));
 }
 
+QImage VideoFrameExtractorService::imageNow(CMTime time) const {
+    return m_generator ? m_generator->generateImage(time).image : QImage();
+}
+
 } // namespace stillwick

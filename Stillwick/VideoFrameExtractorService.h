@@ -28,6 +28,9 @@ public:
     /// answers on the caller's. *Lifetime*: the service may go while the request is under way.
     [[nodiscard]] QCoro::Task<QImage> image(CMTime time, std::stop_token stop = {});
 
+    /// The same at once, on the calling thread; null where there is none.
+    [[nodiscard]] QImage imageNow(CMTime time) const;
+
 private:
     std::shared_ptr<const ImageGenerator> m_generator;
 };

@@ -1,7 +1,7 @@
 # Everything that is not ours. Debian 12 packages; scripts/setup.sh installs them.
 find_package(PkgConfig REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Concurrent Multimedia)
-find_package(QCoro6 REQUIRED COMPONENTS Core)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Concurrent DBus Multimedia)
+find_package(QCoro6 REQUIRED COMPONENTS Core DBus)
 find_package(Threads REQUIRED)
 
 pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET
