@@ -37,8 +37,8 @@ QCoro::Task<bool> showFolder(QString path) {
     const QUrl folder = QUrl::fromLocalFile(path);
     if (co_await shownByFileManager(folder))
         co_return true;
-    co_return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
-        QDesktopServices::openUrl(folder);
+    co_return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) !=
+        nullptr&& QDesktopServices::openUrl(folder);
 }
 
 } // namespace stillwick

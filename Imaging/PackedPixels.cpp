@@ -31,8 +31,7 @@ struct DecompressorDeleter {
 /// The channels of a picture one after the other, unfilled.
 struct Planes {
     explicit Planes(const QImage& image)
-        : width(std::size_t(image.width())),
-          planeSize(width * std::size_t(image.height())),
+        : width(std::size_t(image.width())), planeSize(width * std::size_t(image.height())),
           bytes(new std::uint8_t[planeSize * channels]) {}
 
     [[nodiscard]] std::size_t size() const { return planeSize * channels; }
@@ -46,7 +45,8 @@ struct Planes {
     std::unique_ptr<std::uint8_t[]> bytes;
 };
 
-/// A row's channels as they are kept: the outer colours less the middle one, which all three follow.
+/// A row's channels as they are kept: the outer colours less the middle one, which all three
+/// follow.
 void separate(const std::uint8_t* __restrict pixels, std::size_t width,
               std::uint8_t* __restrict first, std::uint8_t* __restrict middle,
               std::uint8_t* __restrict last, std::uint8_t* __restrict alpha) {
@@ -102,9 +102,8 @@ QByteArray packedPixels(const QImage& image) {
         libdeflate_alloc_compressor(compressionLevel));
     if (!compressor)
         throw std::bad_alloc();
-    QByteArray packed(
-        qsizetype(libdeflate_deflate_compress_bound(compressor.get(), planes.size())),
-        Qt::Uninitialized);
+    QByteArray packed(qsizetype(libdeflate_deflate_compress_bound(compressor.get(), planes.size())),
+                      Qt::Uninitialized);
     const std::size_t size =
         libdeflate_deflate_compress(compressor.get(), planes.bytes.get(), planes.size(),
                                     packed.data(), std::size_t(packed.size()));

@@ -12,8 +12,8 @@ namespace stillwick {
 /// *Errors*: std::bad_alloc.
 [[nodiscard]] QByteArray packedPixels(const QImage& image);
 
-/// Puts the pixels of `packed` into `image`, whose size and format are those of the picture that was
-/// packed. Whether the bytes were such pixels; where not, the content of `image` is undefined.
+/// Puts the pixels of `packed` into `image`, whose size and format are those of the picture that
+/// was packed. Whether the bytes were such pixels; where not, the content of `image` is undefined.
 /// *Shape*: any format of four bytes a pixel.
 /// *Errors*: std::bad_alloc.
 [[nodiscard]] bool unpackPixels(const QByteArray& packed, QImage& image);

@@ -29,13 +29,14 @@ const QString AppState::defaultGroupName = QStringLiteral("Captures");
 AppState::AppState(QObject* parent) : AppState(Services(), parent) {}
 
 AppState::AppState(Services services, QObject* parent)
-    : QObject(parent), m_player(std::make_shared<MediaPlayer>()),
-      m_groups{CaptureGroup(defaultGroupName)}, m_activeGroupID(m_groups.front().id()),
+    : QObject(parent),
+      m_player(std::make_shared<MediaPlayer>()), m_groups{CaptureGroup(defaultGroupName)},
+      m_activeGroupID(m_groups.front().id()),
       m_subjectExtractor(services.subjectExtractor ? std::move(services.subjectExtractor)
                                                    : std::make_shared<SubjectExtractionService>()),
       m_renderer(ExtractRenderer::make()), m_renderPool(std::make_shared<QThreadPool>()),
-      m_regenerator(m_subjectExtractor, services.pictures ? std::move(services.pictures)
-                                                          : PictureStore::shared()) {
+      m_regenerator(m_subjectExtractor,
+                    services.pictures ? std::move(services.pictures) : PictureStore::shared()) {
     m_renderPool->setObjectName(QStringLiteral("Rendering"));
     m_renderPool->setMaxThreadCount(mostRenderedAtOnce);
     observePlayer();

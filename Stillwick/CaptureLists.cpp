@@ -44,10 +44,9 @@ const CapturedFrame* lastFrameOf(const QList<CaptureGroup>& groups) {
 }
 
 int frameCountOf(const QList<CaptureGroup>& groups) {
-    return std::accumulate(groups.begin(), groups.end(), 0,
-                           [](int count, const CaptureGroup& group) {
-                               return count + int(group.frames.size());
-                           });
+    return std::accumulate(
+        groups.begin(), groups.end(), 0,
+        [](int count, const CaptureGroup& group) { return count + int(group.frames.size()); });
 }
 
 bool updateFrame(QList<CaptureGroup>& groups, const QUuid& id,

@@ -5,9 +5,8 @@
 namespace stillwick {
 
 CapturedFrame::CapturedFrame(CMTime time, StillPicture initialThumbnail,
-                             StillPicture initialSubjectPreview,
-                             bool initialSubjectExtracted, QString initialNotes,
-                             QList<Annotation> initialAnnotations)
+                             StillPicture initialSubjectPreview, bool initialSubjectExtracted,
+                             QString initialNotes, QList<Annotation> initialAnnotations)
     : thumbnail(std::move(initialThumbnail)), subjectPreview(std::move(initialSubjectPreview)),
       subjectExtracted(initialSubjectExtracted), notes(std::move(initialNotes)),
       annotations(std::move(initialAnnotations)), m_id(QUuid::createUuid()), m_time(time) {}

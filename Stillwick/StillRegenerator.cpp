@@ -46,7 +46,9 @@ QCoro::Task<QImage> subjectOf(std::shared_ptr<SubjectExtractionService> service,
 
 /// The picture that was grabbed at `time`, once more. Null where the film is gone meanwhile.
 PictureStore::Remake grabbedAgain(const VideoFrameExtractorService& extractor, CMTime time) {
-    return [extractor, time] { return extractor.imageNow(time); };
+    return [extractor, time] {
+        return extractor.imageNow(time);
+    };
 }
 
 /// The subject that was lifted out of `picture`, once more.
@@ -78,8 +80,7 @@ QCoro::Task<StillPicture> kept(std::shared_ptr<PictureStore> store, QImage image
 
 StillRegenerator::StillRegenerator(std::shared_ptr<SubjectExtractionService> subjectExtractor,
                                    std::shared_ptr<PictureStore> store, QObject* parent)
-    : QObject(parent),
-      m_subjectExtractor(std::move(subjectExtractor)), m_store(std::move(store)) {}
+    : QObject(parent), m_subjectExtractor(std::move(subjectExtractor)), m_store(std::move(store)) {}
 
 StillRegenerator::~StillRegenerator() {
     withdrawAll();
@@ -129,9 +130,9 @@ void StillRegenerator::setMostAtOnce(int count) {
 }
 
 std::map<StillRegenerator::Order, StillRegenerator::Request>::iterator StillRegenerator::next() {
-    const auto preferred = std::find_if(
-        m_waiting.begin(), m_waiting.end(),
-        [this](const auto& entry) { return entry.second.id == m_preferred; });
+    const auto preferred =
+        std::find_if(m_waiting.begin(), m_waiting.end(),
+                     [this](const auto& entry) { return entry.second.id == m_preferred; });
     if (preferred != m_waiting.end() || m_waiting.empty())
         return preferred;
     return std::prev(m_waiting.end());

@@ -33,8 +33,9 @@ TEST(ScratchFile, NoFolderListsIt) {
     const auto file = ScratchFile::create({folder.path()}, plenty);
     ASSERT_NE(file, nullptr);
     ASSERT_TRUE(file->append("content"));
-    EXPECT_TRUE(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                            QDir::NoDotAndDotDot));
+    EXPECT_TRUE(
+        QDir(folder.path())
+            .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
 }
 
 TEST(ScratchFile, ItsSpaceIsFreeAgainWhenDiscarded) {

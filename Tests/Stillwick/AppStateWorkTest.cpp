@@ -20,8 +20,7 @@ using namespace std::chrono_literals;
 
 /// The picture of the sample at a time, by a generator of its own.
 QImage pictureAt(const CMTime& time) {
-    ImageGenerator generator(
-        std::make_shared<const MediaAsset>(sampleFilm().toLocalFile()));
+    ImageGenerator generator(std::make_shared<const MediaAsset>(sampleFilm().toLocalFile()));
     generator.setAppliesPreferredTrackTransform(true);
     generator.setRequestedTimeToleranceBefore(CMTime::zero());
     generator.setRequestedTimeToleranceAfter(CMTime::zero());
@@ -34,7 +33,7 @@ public:
     explicit EventLog(AppState& state) {
         QObject::connect(&state, &AppState::frameChanged, &state, [this, &state](const QUuid& id) {
             const CapturedFrame frame = frameIn(state, id);
-            const QString what = !frame.subjectExtracted        ? QStringLiteral("picture")
+            const QString what = !frame.subjectExtracted         ? QStringLiteral("picture")
                                  : frame.subjectPreview.isNull() ? QStringLiteral("none")
                                                                  : QStringLiteral("subject");
             lines.append(names.value(id, QStringLiteral("?")) + u' ' + what);
@@ -106,8 +105,8 @@ TEST_F(AppStateWorkTest, AFailedGrabEndsWithoutPicturesAndWithoutMessage) {
     QProcess program;
     program.start(QStringLiteral("ffmpeg"),
                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                   QStringLiteral("lavfi"), QStringLiteral("-i"),
-                   QStringLiteral("sine=duration=1"), sound});
+                   QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=duration=1"),
+                   sound});
     ASSERT_TRUE(program.waitForFinished());
     state->loadVideo(QUrl::fromLocalFile(sound));
     ASSERT_TRUE(runUntil([this] { return state->duration() == state->duration(); }));
@@ -225,8 +224,7 @@ TEST_F(AppStateWorkTest, TenCapturesInARowAllArrive) {
     finish(*state);
     for (int i = 0; i < 10; ++i) {
         EXPECT_FALSE(frameIn(*state, ids[i]).subjectPreview.isNull());
-        EXPECT_EQ(frameIn(*state, ids[i]).thumbnail.image(),
-                  pictureAt(CMTime::make(i * 150, 1000)))
+        EXPECT_EQ(frameIn(*state, ids[i]).thumbnail.image(), pictureAt(CMTime::make(i * 150, 1000)))
             << i;
     }
     EXPECT_EQ(state->frameCount(), 10);

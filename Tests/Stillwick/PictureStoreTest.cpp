@@ -77,8 +77,9 @@ TEST_F(PictureStoreTest, TheFileHasNoName) {
     const StillPicture kept = store.keep(picture(1));
     store.settle();
     EXPECT_GT(store.usage().disk, 0);
-    EXPECT_TRUE(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                            QDir::NoDotAndDotDot));
+    EXPECT_TRUE(
+        QDir(folder.path())
+            .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
 }
 
 TEST_F(PictureStoreTest, TheSmallPictureComesBackToo) {

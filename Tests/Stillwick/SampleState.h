@@ -34,9 +34,8 @@ public:
 };
 
 /// A state whose subjects are what `segmenter` says.
-inline std::unique_ptr<AppState>
-stateWith(std::shared_ptr<const ForegroundSegmenter> segmenter,
-          std::shared_ptr<PictureStore> pictures = {}) {
+inline std::unique_ptr<AppState> stateWith(std::shared_ptr<const ForegroundSegmenter> segmenter,
+                                           std::shared_ptr<PictureStore> pictures = {}) {
     application();
     AppState::Services services;
     services.subjectExtractor = std::make_shared<SubjectExtractionService>(std::move(segmenter));
@@ -47,8 +46,9 @@ stateWith(std::shared_ptr<const ForegroundSegmenter> segmenter,
 /// Opens a film and waits until it is shown.
 inline void load(AppState& state, const QUrl& url = sampleFilm()) {
     state.loadVideo(url);
-    ASSERT_TRUE(runUntil(
-        [&state] { return !state.player()->picture().isNull() && state.duration() > CMTime::zero(); }));
+    ASSERT_TRUE(runUntil([&state] {
+        return !state.player()->picture().isNull() && state.duration() > CMTime::zero();
+    }));
 }
 
 /// Goes to a time of the film and captures there; the capture's id.
