@@ -1,8 +1,8 @@
 #include "Desktop/AtomicFile.h"
 
 #include "Desktop/DesktopError.h"
+#include "Desktop/FileSystemPath.h"
 
-#include <QFile>
 #include <QRandomGenerator>
 #include <QScopeGuard>
 
@@ -29,12 +29,6 @@ using Category = DesktopError::Category;
 
 [[noreturn]] void throwErrno() {
     throw DesktopError::fromErrno(errno);
-}
-
-fs::path fileSystemPath(const QString& path) {
-    if (path.isEmpty() || path.contains(QChar(u'\0')) || !path.isValidUtf16())
-        throw DesktopError(Category::NameInvalid);
-    return {QFile::encodeName(path).toStdString()};
 }
 
 std::optional<struct stat> existingFile(const fs::path& target) {

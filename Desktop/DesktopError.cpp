@@ -52,8 +52,38 @@ Category categoryOf(int code) {
     }
 }
 
+/// Where reading calls for other words than writing.
+Category categoryOfReading(int code) {
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+        return Category::FileMissing;
+    case EACCES:
+    case EPERM:
+        return Category::FileUnreadable;
+    case EISDIR:
+    case ENXIO:
+        return Category::NoRegularFile;
+    default:
+        const Category category = categoryOf(code);
+        return category == Category::Failed ? Category::ReadFailed : category;
+    }
+}
+
+DesktopError errorOf(Category category, int code) {
+    return DesktopError(category, QString::fromStdString(std::generic_category().message(code)));
+}
+
 QString standardWords(Category category) {
     switch (category) {
+    case Category::FileMissing:
+        return QStringLiteral("Le fichier n'existe pas.");
+    case Category::FileUnreadable:
+        return QStringLiteral("Vous n'avez pas le droit de lire ce fichier.");
+    case Category::NoRegularFile:
+        return QStringLiteral("Ce n'est pas un fichier, mais un dossier ou un périphérique.");
+    case Category::ReadFailed:
+        return QStringLiteral("Le fichier n'a pas pu être lu.");
     case Category::FolderMissing:
         return QStringLiteral("Le dossier n'existe pas.");
     case Category::FolderReadOnly:
@@ -93,8 +123,11 @@ DesktopError::DesktopError(Category category, QString libraryText)
       m_what((description() + QStringLiteral(" [") + m_libraryText + u']').toUtf8()) {}
 
 DesktopError DesktopError::fromErrno(int code) {
-    return DesktopError(categoryOf(code),
-                        QString::fromStdString(std::generic_category().message(code)));
+    return errorOf(categoryOf(code), code);
+}
+
+DesktopError DesktopError::fromErrnoOfReading(int code) {
+    return errorOf(categoryOfReading(code), code);
 }
 
 QString DesktopError::description() const {

@@ -11,6 +11,10 @@ namespace stillwick {
 class DesktopError final : public QException {
 public:
     enum class Category {
+        FileMissing,    ///< nothing of that name is there to read
+        FileUnreadable, ///< the file may not be read
+        NoRegularFile,  ///< a folder or a device is to be read
+        ReadFailed,     ///< anything else, while reading
         FolderMissing,  ///< the folder does not exist, or is a file
         FolderReadOnly, ///< nothing may be created in the folder
         FileProtected,  ///< a file of that name exists and may not be written
@@ -24,7 +28,7 @@ public:
         LinkLoop,       ///< symbolic links that lead nowhere
         DiskFailed,     ///< the hardware or the network failed
         OutOfResources, ///< no memory or no more open files
-        Failed,         ///< anything else
+        Failed,         ///< anything else, while writing
     };
 
     /// The error of that category in its standard words. `libraryText` is what the system said, for
@@ -32,6 +36,8 @@ public:
     explicit DesktopError(Category category, QString libraryText = {});
     /// The error for a value of `errno`, met while writing a file.
     [[nodiscard]] static DesktopError fromErrno(int code);
+    /// The error for a value of `errno`, met while reading a file.
+    [[nodiscard]] static DesktopError fromErrnoOfReading(int code);
 
     [[nodiscard]] Category category() const noexcept { return m_category; }
     /// A French sentence for people.
