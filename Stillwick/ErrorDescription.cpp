@@ -4,6 +4,7 @@
 #include "Imaging/ImagingError.h"
 #include "Media/MediaError.h"
 #include "Stillwick/AppError.h"
+#include "Stillwick/ProjectError.h"
 #include "Vision/VisionError.h"
 
 #include <QUnhandledException>
@@ -42,8 +43,8 @@ QString descriptionOfUnhandled(const QUnhandledException& error) {
 } // namespace
 
 QString localizedDescription(const std::exception& error) {
-    if (const auto known =
-            descriptionAs<AppError, MediaError, VisionError, ImagingError, DesktopError>(error))
+    if (const auto known = descriptionAs<AppError, ProjectError, MediaError, VisionError,
+                                         ImagingError, DesktopError>(error))
         return *known;
     if (const auto* unhandled = dynamic_cast<const QUnhandledException*>(&error))
         return descriptionOfUnhandled(*unhandled);

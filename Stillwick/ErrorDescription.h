@@ -7,8 +7,8 @@
 
 namespace stillwick {
 
-/// The error's French sentence: an AppError's own, a platform layer's, or one for what nobody
-/// foresaw.
+/// The error's French sentence: an AppError's or a ProjectError's own, a platform layer's, or one
+/// for what nobody foresaw.
 [[nodiscard]] QString localizedDescription(const std::exception& error);
 
 } // namespace stillwick
