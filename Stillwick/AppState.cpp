@@ -25,6 +25,8 @@ constexpr int mostRenderedAtOnce = 2;
 } // namespace
 
 const QString AppState::defaultGroupName = QStringLiteral("Captures");
+const QString AppState::videoMissingMessage =
+    QStringLiteral("Vidéo introuvable. Rouvrez-la via « Ouvrir une vidéo ».");
 
 AppState::AppState(QObject* parent) : AppState(Services(), parent) {}
 

@@ -34,6 +34,7 @@ namespace stillwick {
 class MediaAsset;
 class SubjectExtractionService;
 struct ExportJob;
+struct ProjectFile;
 
 /// The film that is open and where it is watched, the captures made of it, and what the user has
 /// chosen for them.
@@ -49,6 +50,8 @@ public:
 
     /// The name of the group that every fresh set of captures has.
     static const QString defaultGroupName;
+    /// What is said of a project whose film is gone.
+    static const QString videoMissingMessage;
     /// Seconds moved by one interval step.
     static constexpr double smallInterval = 1.0;
 
@@ -145,6 +148,12 @@ public:
     void runExport(ExportMode mode);
     /// Shows the folder of the last export in the file browser.
     void openExportFolder();
+    /// Writes the project file and remembers where. A failure is told, and changes nothing.
+    void saveProject(const QUrl& url);
+    /// Replaces everything but the player by what the project file holds; the pictures follow.
+    /// Where its film is not found the one that is open stays. A file that cannot be read changes
+    /// nothing.
+    void openProject(const QUrl& url);
     void setErrorMessage(std::optional<QString> message);
 
     [[nodiscard]] const QUrl& outputFolder() const noexcept { return m_outputFolder; }
@@ -195,6 +204,8 @@ private:
     void updateFrame(const QUuid& id, const std::function<void(CapturedFrame&)>& change);
     void replaceGroups(QList<CaptureGroup> groups);
     void preferPreview();
+    [[nodiscard]] ProjectFile makeProjectFile() const;
+    void apply(const ProjectFile& file);
     QCoro::Task<> exportToEnd(ExportJob job, QUrl folder);
     template <typename Value>
     void set(Value& field, Value value, void (AppState::*changed)());

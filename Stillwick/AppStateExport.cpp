@@ -20,15 +20,6 @@ QCoro::Task<> showOrComplain(QPointer<AppState> state, QString folder) {
             QStringLiteral("Le dossier « %1 » n'a pas pu être affiché.").arg(folder));
 }
 
-QList<ExportGroup> exportGroupsOf(const QList<CaptureGroup>& groups) {
-    const auto placement = groups.size() > 1 ? ExportGroup::Placement::subfolder
-                                             : ExportGroup::Placement::outputFolder;
-    QList<ExportGroup> snapshot;
-    for (const CaptureGroup& group : groups)
-        snapshot.append(ExportGroup(group.name, group.notes, group.frames, placement));
-    return snapshot;
-}
-
 } // namespace
 
 void AppState::setOutputFolder(const QUrl& folder) {

@@ -56,34 +56,43 @@ public:
         if (command == QStringLiteral("--version"))
             return TextCommand{
                 QStringLiteral("stillwick %1").arg(QCoreApplication::applicationVersion())};
-        if (command != QStringLiteral("still") && command != QStringLiteral("capture"))
+        if (command == QStringLiteral("still"))
+            m_verb = Still;
+        else if (command == QStringLiteral("capture"))
+            m_verb = Capture;
+        else if (command == QStringLiteral("export"))
+            m_verb = Export;
+        else
             return UsageError{QStringLiteral("Commande inconnue : « %1 ».").arg(command)};
-        m_isCapture = command == QStringLiteral("capture");
         while (m_fault.isEmpty() && !m_words.isEmpty())
             takeWord(m_words.takeFirst());
         checkWhole();
         if (!m_fault.isEmpty())
             return UsageError{m_fault};
-        if (!m_isCapture)
+        if (m_verb == Still)
             return StillCommand{m_capture.video, lastCapture().time, m_capture.folder};
+        if (m_verb == Export)
+            return ExportCommand{m_capture.video, m_capture.folder, m_capture.mode};
         return m_capture;
     }
 
 private:
+    /// The commands, as bits.
+    enum Verb : unsigned { Still = 1, Capture = 2, Export = 4 };
     struct Option {
         QStringView word;
-        bool isForStill;
+        unsigned verbs; ///< the commands that have it
         void (Parser::*take)(const QString& value);
     };
     /// The options that are followed by a value.
-    static const std::array<Option, 11> options;
+    static const std::array<Option, 12> options;
 
     void takeWord(const QString& word) {
         if (m_areOptionsOver || !word.startsWith(u'-') || word == QStringLiteral("-"))
-            takeVideo(word);
+            takeFile(word);
         else if (word == QStringLiteral("--"))
             m_areOptionsOver = true;
-        else if (m_isCapture && word == QStringLiteral("--crop"))
+        else if (m_verb == Capture && word == QStringLiteral("--crop"))
             m_capture.crop = true;
         else
             takeOption(word);
@@ -91,7 +100,7 @@ private:
 
     void takeOption(const QString& word) {
         const auto* option = std::ranges::find(options, QStringView(word), &Option::word);
-        if (option == options.end() || !(m_isCapture || option->isForStill))
+        if (option == options.end() || (option->verbs & m_verb) == 0)
             m_fault = QStringLiteral("Option inconnue : « %1 ».").arg(word);
         else if (m_words.isEmpty())
             m_fault = QStringLiteral("L'option « %1 » attend une valeur.").arg(word);
@@ -99,7 +108,8 @@ private:
             (this->*option->take)(m_words.takeFirst());
     }
 
-    void takeVideo(const QString& word) {
+    /// The film, or the project.
+    void takeFile(const QString& word) {
         if (m_capture.video.isEmpty() && !word.isEmpty())
             m_capture.video = word;
         else
@@ -110,7 +120,7 @@ private:
         const auto time = parseTime(text);
         if (!time)
             m_fault = QStringLiteral("Instant non valable : « %1 ».").arg(text);
-        else if (!m_isCapture && m_lastGroup)
+        else if (m_verb == Still && m_lastGroup)
             m_fault =
                 QStringLiteral("Un seul instant est possible avec « still » : « %1 ».").arg(text);
         else
@@ -126,6 +136,12 @@ private:
         if (!m_capture.folder.isEmpty())
             m_fault = QStringLiteral("L'option « -o » est donnée deux fois : « %1 ».").arg(text);
         m_capture.folder = text;
+    }
+
+    void takeProject(const QString& text) {
+        if (!m_capture.project.isEmpty() || text.isEmpty())
+            m_fault = QStringLiteral("Un seul fichier de projet est possible : « %1 ».").arg(text);
+        m_capture.project = text;
     }
 
     void takeMode(const QString& text) {
@@ -209,7 +225,10 @@ private:
         if (!m_fault.isEmpty())
             return;
         if (m_capture.video.isEmpty())
-            m_fault = QStringLiteral("La vidéo manque.");
+            m_fault = m_verb == Export ? QStringLiteral("Le projet manque.")
+                                       : QStringLiteral("La vidéo manque.");
+        else if (m_verb == Export)
+            return;
         else if (!m_lastGroup)
             m_fault = QStringLiteral("L'option « --at » manque.");
         else if (m_capture.folder.isEmpty())
@@ -219,27 +238,29 @@ private:
     }
 
     QStringList m_words;
-    bool m_isCapture = false;
+    Verb m_verb = Still;
     bool m_areOptionsOver = false;
     bool m_hasOutlineColor = false;
-    CaptureCommand m_capture; // of « still » the file stands in `folder`
+    // Of « still » the file stands in `folder`, of « export » the project in `video`.
+    CaptureCommand m_capture;
     std::size_t m_group = 0;
     std::optional<std::size_t> m_lastGroup; ///< of the capture asked for last
     QString m_fault;
 };
 
-const std::array<Parser::Option, 11> Parser::options{{
-    {u"--at", true, &Parser::takeTime},
-    {u"-o", true, &Parser::takeOutput},
-    {u"--mode", false, &Parser::takeMode},
-    {u"--style", false, &Parser::takeStyle},
-    {u"--shrink", false, &Parser::takeShrink},
-    {u"--feather", false, &Parser::takeFeather},
-    {u"--outline", false, &Parser::takeOutline},
-    {u"--outline-color", false, &Parser::takeOutlineColor},
-    {u"--group", false, &Parser::takeGroup},
-    {u"--note", false, &Parser::takeNoteOfCapture},
-    {u"--group-note", false, &Parser::takeNoteOfGroup},
+const std::array<Parser::Option, 12> Parser::options{{
+    {u"--at", Still | Capture, &Parser::takeTime},
+    {u"-o", Still | Capture | Export, &Parser::takeOutput},
+    {u"--mode", Capture | Export, &Parser::takeMode},
+    {u"--style", Capture, &Parser::takeStyle},
+    {u"--shrink", Capture, &Parser::takeShrink},
+    {u"--feather", Capture, &Parser::takeFeather},
+    {u"--outline", Capture, &Parser::takeOutline},
+    {u"--outline-color", Capture, &Parser::takeOutlineColor},
+    {u"--group", Capture, &Parser::takeGroup},
+    {u"--note", Capture, &Parser::takeNoteOfCapture},
+    {u"--group-note", Capture, &Parser::takeNoteOfGroup},
+    {u"--save", Capture, &Parser::takeProject},
 }};
 
 } // namespace
@@ -266,7 +287,10 @@ QString usageText() {
         "      --group NOM               groupe des instants qui suivent ; s'il y en a plusieurs,\n"
         "                                un dossier par groupe\n"
         "      --group-note TEXTE        note sur le groupe\n"
+        "      --save FICHIER.stillwick  enregistre aussi le projet de ces captures\n"
         "      Ctrl-C arrête entre deux images.\n"
+        "  stillwick export PROJET [-o DOSSIER] [--mode merged|perSubject]\n"
+        "      Les captures d'un projet, avec ses réglages ; sans -o, dans son dossier de sortie.\n"
         "  stillwick --help | --version\n"
         "\n"
         "INSTANT : des secondes (83.5), un temps affiché (01:23.500, 1:02:03.250)\n"

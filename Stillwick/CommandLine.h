@@ -43,6 +43,14 @@ struct CaptureCommand {
     bool crop = false;
     FilterStyle style = FilterStyle::none;
     EdgeOptions edge;
+    QString project = {}; ///< the file to save what is captured to; empty for none
+};
+
+/// The export of a project, with the settings that it holds.
+struct ExportCommand {
+    QString project;
+    QString folder; ///< empty for the project's own
+    ExportMode mode = ExportMode::merged;
 };
 
 /// No command: the window.
@@ -56,7 +64,8 @@ struct UsageError {
     QString message;
 };
 
-using Command = std::variant<WindowCommand, StillCommand, CaptureCommand, TextCommand, UsageError>;
+using Command = std::variant<WindowCommand, StillCommand, CaptureCommand, ExportCommand,
+                             TextCommand, UsageError>;
 
 /// The command in the program's arguments, the program's own name left out.
 [[nodiscard]] Command parseCommandLine(const QStringList& arguments);

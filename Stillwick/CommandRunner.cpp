@@ -2,12 +2,17 @@
 
 #include "Media/MediaAsset.h"
 #include "Media/MediaError.h"
+#include "Stillwick/AppError.h"
+#include "Stillwick/AppState.h"
 #include "Stillwick/BatchExportService.h"
 #include "Stillwick/ErrorDescription.h"
 #include "Stillwick/ExportNaming.h"
+#include "Stillwick/ProjectContent.h"
+#include "Stillwick/ProjectStore.h"
 #include "Stillwick/SubjectExtractionService.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <memory>
 #include <optional>
@@ -36,19 +41,24 @@ QString failureLine(const QString& timestamp, const QString& message) {
     return timestamp + QStringLiteral(" — ") + message;
 }
 
-ExportGroup groupOf(const GroupRequest& request, ExportGroup::Placement placement) {
-    QList<CapturedFrame> frames;
-    for (const CaptureRequest& capture : request.captures)
-        frames.append(CapturedFrame(capture.time, {}, {}, false, capture.note));
-    return {request.name, request.note, frames, placement};
+QString absolute(const QString& path) {
+    return QFileInfo(path).absoluteFilePath();
+}
+
+QList<CaptureGroup> groupsOf(const std::vector<GroupRequest>& requests) {
+    QList<CaptureGroup> groups;
+    for (const GroupRequest& request : requests) {
+        CaptureGroup group(request.name, request.note);
+        for (const CaptureRequest& capture : request.captures)
+            group.frames.append(CapturedFrame(capture.time, {}, {}, false, capture.note));
+        groups.append(group);
+    }
+    return groups;
 }
 
 ExportJob jobOf(const CaptureCommand& command) {
-    const auto placement = command.groups.size() > 1 ? ExportGroup::Placement::subfolder
-                                                     : ExportGroup::Placement::outputFolder;
     ExportJob job;
-    for (const GroupRequest& group : command.groups)
-        job.groups.append(groupOf(group, placement));
+    job.groups = exportGroupsOf(groupsOf(command.groups));
     job.videoName = ExportNaming::videoName(command.video);
     job.outputFolder = command.folder;
     job.mode = command.mode;
@@ -56,6 +66,60 @@ ExportJob jobOf(const CaptureCommand& command) {
     job.filter = command.style;
     job.edge = command.edge.params();
     return job;
+}
+
+ExportJob jobOf(const ProjectFile& project, const QString& video, const QString& folder,
+                ExportMode mode) {
+    ExportJob job;
+    job.groups = exportGroupsOf(captureGroupsOf(project.groups));
+    job.videoName = ExportNaming::videoName(video);
+    job.outputFolder = folder;
+    job.mode = mode;
+    job.crop = project.cropToSubject;
+    job.filter = filterOf(project);
+    job.edge = edgeOptionsOf(project.edge).params();
+    return job;
+}
+
+ProjectFile projectOf(const CaptureCommand& command) {
+    ProjectFile project;
+    project.videoBookmark =
+        ProjectStore::makeBookmark(QUrl::fromLocalFile(absolute(command.video)));
+    project.videoName = ExportNaming::videoName(command.video);
+    project.outputFolderBookmark =
+        ProjectStore::makeBookmark(QUrl::fromLocalFile(absolute(command.folder)));
+    project.cropToSubject = command.crop;
+    project.filter = rawValue(command.style);
+    project.edge = edgeDTO(command.edge);
+    project.groups = groupDTOs(groupsOf(command.groups));
+    return project;
+}
+
+/// Whether the project of what is captured is saved, if that is asked for.
+bool saveProjectOf(const CaptureCommand& command, const CommandOutput& output) {
+    if (command.project.isEmpty())
+        return true;
+    try {
+        ProjectStore::save(projectOf(command), QUrl::fromLocalFile(absolute(command.project)));
+    } catch (const std::exception& error) {
+        output.complaint(QStringLiteral("Échec de l'enregistrement : ") +
+                         localizedDescription(error));
+        return false;
+    }
+    output.result(command.project);
+    return true;
+}
+
+QString pathOf(const std::optional<QByteArray>& bookmark) {
+    const auto url = bookmark ? ProjectStore::resolveBookmark(*bookmark) : std::nullopt;
+    return url ? url->toLocalFile() : QString();
+}
+
+bool makeFolder(const QString& folder, const CommandOutput& output) {
+    if (QDir().mkpath(folder))
+        return true;
+    output.complaint(QStringLiteral("Le dossier « %1 » ne peut pas être créé.").arg(folder));
+    return false;
 }
 
 qsizetype captureCount(const ExportJob& job) {
@@ -112,6 +176,18 @@ ExitStatus statusOf(const ExportAccount& account, const QString& folder) {
     return account.failed > 0 ? ExitStatus::SomeFailed : ExitStatus::AllDone;
 }
 
+QCoro::Task<ExitStatus> runJob(VideoFrameExtractorService extractor, ExportJob job,
+                               CommandOutput output, std::stop_token stop) {
+    ExportAccount account{std::move(output), captureCount(job)};
+    account.showProgress();
+    const QString folder = job.outputFolder;
+    const BatchExportService service(std::move(extractor),
+                                     std::make_shared<SubjectExtractionService>(),
+                                     ImageExportService(), ExtractRenderer::make());
+    co_await service.run(std::move(job), account.events(), std::move(stop));
+    co_return statusOf(account, folder);
+}
+
 } // namespace
 
 QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output) {
@@ -132,20 +208,39 @@ QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output) {
 QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output,
                                    std::stop_token stop) {
     const auto extractor = openFilm(command.video, output);
-    if (!extractor)
+    if (!extractor || !makeFolder(command.folder, output))
         co_return ExitStatus::NothingDone;
-    if (!QDir().mkpath(command.folder)) {
-        output.complaint(
-            QStringLiteral("Le dossier « %1 » ne peut pas être créé.").arg(command.folder));
+    ExportJob job = jobOf(command);
+    const ExitStatus status = co_await runJob(*extractor, std::move(job), output, std::move(stop));
+    const bool isSaved = saveProjectOf(command, output);
+    co_return isSaved || status != ExitStatus::AllDone ? status : ExitStatus::SomeFailed;
+}
+
+QCoro::Task<ExitStatus> runExport(ExportCommand command, CommandOutput output,
+                                  std::stop_token stop) {
+    ProjectFile project;
+    try {
+        project = ProjectStore::load(QUrl::fromLocalFile(absolute(command.project)));
+    } catch (const std::exception& error) {
+        output.complaint(QStringLiteral("Échec de l'ouverture : ") + localizedDescription(error));
         co_return ExitStatus::NothingDone;
     }
-    ExportJob job = jobOf(command);
-    ExportAccount account{output, captureCount(job)};
-    account.showProgress();
-    const BatchExportService service(*extractor, std::make_shared<SubjectExtractionService>(),
-                                     ImageExportService(), ExtractRenderer::make());
-    co_await service.run(std::move(job), account.events(), std::move(stop));
-    co_return statusOf(account, command.folder);
+    const QString video = pathOf(project.videoBookmark);
+    if (video.isEmpty()) {
+        output.complaint(AppState::videoMissingMessage);
+        co_return ExitStatus::NothingDone;
+    }
+    const QString folder =
+        command.folder.isEmpty() ? pathOf(project.outputFolderBookmark) : command.folder;
+    if (folder.isEmpty()) {
+        output.complaint(AppError::noOutputFolder().description());
+        co_return ExitStatus::NothingDone;
+    }
+    const auto extractor = openFilm(video, output);
+    if (!extractor || !makeFolder(folder, output))
+        co_return ExitStatus::NothingDone;
+    ExportJob job = jobOf(project, video, folder, command.mode);
+    co_return co_await runJob(*extractor, std::move(job), output, std::move(stop));
 }
 
 } // namespace stillwick

@@ -29,9 +29,13 @@ struct CommandOutput {
 /// Writes the picture at the command's time.
 [[nodiscard]] QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output);
 
-/// Exports the command's captures; what fails is told, and the next is captured. After `stop` none
-/// is begun, and what has been written is told.
+/// Exports the command's captures, and saves their project where that is asked for; what fails is
+/// told, and the next is captured. After `stop` none is begun, and what has been written is told.
 [[nodiscard]] QCoro::Task<ExitStatus> runCapture(CaptureCommand command, CommandOutput output,
                                                  std::stop_token stop = {});
+
+/// Exports the captures of a project; the same holds.
+[[nodiscard]] QCoro::Task<ExitStatus> runExport(ExportCommand command, CommandOutput output,
+                                                std::stop_token stop = {});
 
 } // namespace stillwick

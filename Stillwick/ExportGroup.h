@@ -1,7 +1,7 @@
 // What an export gets to know of a group. Plain value, any thread.
 #pragma once
 
-#include "Stillwick/CapturedFrame.h"
+#include "Stillwick/CaptureGroup.h"
 
 #include <QList>
 #include <QString>
@@ -28,5 +28,9 @@ private:
     QList<CapturedFrame> m_frames;
     Placement m_placement;
 };
+
+/// The groups as they are now. Where there are several, even empty ones, each gets a folder of its
+/// own; a single one goes into the output folder itself.
+[[nodiscard]] QList<ExportGroup> exportGroupsOf(const QList<CaptureGroup>& groups);
 
 } // namespace stillwick

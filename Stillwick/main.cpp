@@ -43,6 +43,9 @@ struct Starter {
     QCoro::Task<ExitStatus> operator()(const CaptureCommand& command) const {
         return runCapture(command, standardOutput(), stop);
     }
+    QCoro::Task<ExitStatus> operator()(const ExportCommand& command) const {
+        return runExport(command, standardOutput(), stop);
+    }
     QCoro::Task<ExitStatus> operator()(const TextCommand& command) const {
         return finish(stdout, command.text.trimmed(), ExitStatus::AllDone);
     }
@@ -87,7 +90,8 @@ int main(int argc, char** argv) {
     std::stop_source stop;
     std::optional<Interruption> interruption;
     // Any other command may be ended at any moment.
-    if (std::holds_alternative<CaptureCommand>(command))
+    if (std::holds_alternative<CaptureCommand>(command) ||
+        std::holds_alternative<ExportCommand>(command))
         QObject::connect(&interruption.emplace(), &Interruption::requested, &application,
                          [&stop] { stop.request_stop(); });
     // From within the event loop, so that a command that ends at once can leave it.

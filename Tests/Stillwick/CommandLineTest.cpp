@@ -116,6 +116,42 @@ TEST(CommandLine, AFilmWhoseNameBeginsWithAHyphenComesAfterTwo) {
     EXPECT_EQ(still->video, QStringLiteral("-film.mp4"));
 }
 
+TEST(CommandLine, CaptureCanSaveItsProject) {
+    const Command command =
+        parse({"capture", "a.mp4", "--at", "1", "-o", "x", "--save", "été.stillwick"});
+    const auto* capture = std::get_if<CaptureCommand>(&command);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->project, QStringLiteral("été.stillwick"));
+}
+
+TEST(CommandLine, ExportTakesAProjectAndWhereItLikesAFolderAndAMode) {
+    Command command = parse({"export", "a.stillwick"});
+    const auto* plain = std::get_if<ExportCommand>(&command);
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->project, QStringLiteral("a.stillwick"));
+    EXPECT_TRUE(plain->folder.isEmpty());
+    EXPECT_EQ(plain->mode, ExportMode::merged);
+    command = parse({"export", "-o", "x", "--mode", "perSubject", "a.stillwick"});
+    const auto* full = std::get_if<ExportCommand>(&command);
+    ASSERT_TRUE(full);
+    EXPECT_EQ(full->folder, QStringLiteral("x"));
+    EXPECT_EQ(full->mode, ExportMode::perSubject);
+}
+
+TEST(CommandLine, ExportRefusesWhatTheProjectDecides) {
+    EXPECT_EQ(faultOf({"export"}), QStringLiteral("Le projet manque."));
+    EXPECT_EQ(faultOf({"export", "a.stillwick", "--at", "1"}),
+              QStringLiteral("Option inconnue : « --at »."));
+    EXPECT_EQ(faultOf({"export", "a.stillwick", "--crop"}),
+              QStringLiteral("Option inconnue : « --crop »."));
+    EXPECT_EQ(faultOf({"still", "a.mp4", "--save", "x"}),
+              QStringLiteral("Option inconnue : « --save »."));
+    EXPECT_EQ(faultOf({"export", "a.stillwick", "b.stillwick"}),
+              QStringLiteral("Argument en trop : « b.stillwick »."));
+    EXPECT_EQ(faultOf({"capture", "a.mp4", "--save", "x", "--save", "y"}),
+              QStringLiteral("Un seul fichier de projet est possible : « y »."));
+}
+
 TEST(CommandLine, WithoutAWordTheWindowIsMeant) {
     EXPECT_TRUE(std::holds_alternative<WindowCommand>(parse({})));
 }

@@ -222,6 +222,93 @@ TEST(Program, ControlCStopsBetweenCapturesAndSaysWhatWasWritten) {
                   .arg(folder.path()));
 }
 
+TEST(Program, ASavedProjectExportsTheVerySameFiles) {
+    const QTemporaryDir folder;
+    const QString direct = folder.filePath(QStringLiteral("direct"));
+    const QString project = folder.filePath(QStringLiteral("séance.stillwick"));
+    const Ending captured = run({QStringLiteral("capture"),
+                                 sample,
+                                 QStringLiteral("--group"),
+                                 QStringLiteral("Départ"),
+                                 QStringLiteral("--group-note"),
+                                 QStringLiteral("Essai"),
+                                 QStringLiteral("--at"),
+                                 QStringLiteral("1"),
+                                 QStringLiteral("--note"),
+                                 QStringLiteral("haut"),
+                                 QStringLiteral("--at"),
+                                 QStringLiteral("1001/500"),
+                                 QStringLiteral("--group"),
+                                 QStringLiteral("Fin"),
+                                 QStringLiteral("--at"),
+                                 QStringLiteral("3.5"),
+                                 QStringLiteral("--style"),
+                                 QStringLiteral("comic"),
+                                 QStringLiteral("--outline"),
+                                 QStringLiteral("5"),
+                                 QStringLiteral("--outline-color"),
+                                 QStringLiteral("#ff800040"),
+                                 QStringLiteral("--crop"),
+                                 QStringLiteral("-o"),
+                                 direct,
+                                 QStringLiteral("--save"),
+                                 project});
+    ASSERT_EQ(captured.status, 0) << captured.complaints.toStdString();
+    EXPECT_TRUE(captured.output.endsWith(project + u'\n'));
+    const QString again = folder.filePath(QStringLiteral("again"));
+    const Ending exported = run({QStringLiteral("export"), project, QStringLiteral("-o"), again});
+    ASSERT_EQ(exported.status, 0) << exported.complaints.toStdString();
+    ASSERT_EQ(filesBelow(again), filesBelow(direct));
+    EXPECT_EQ(filesBelow(again).size(), 5);
+    for (const QString& file : filesBelow(direct))
+        EXPECT_EQ(contentOf(QDir(again).filePath(file)), contentOf(QDir(direct).filePath(file)))
+            << file.toStdString();
+}
+
+TEST(Program, AProjectExportsIntoItsOwnFolderUnlessTold) {
+    const QTemporaryDir folder;
+    const QString project = folder.filePath(QStringLiteral("p.stillwick"));
+    const Ending captured = run({QStringLiteral("capture"), sample, QStringLiteral("--at"),
+                                 QStringLiteral("1"), QStringLiteral("-o"), QStringLiteral("out"),
+                                 QStringLiteral("--save"), QStringLiteral("p.stillwick")},
+                                folder.path());
+    ASSERT_EQ(captured.status, 0) << captured.complaints.toStdString();
+    const QString picture = folder.filePath(QStringLiteral("out/balles_00-00-01-000.png"));
+    ASSERT_TRUE(QFile::remove(picture));
+    EXPECT_EQ(run({QStringLiteral("export"), project}).status, 0);
+    EXPECT_TRUE(QFile::exists(picture));
+}
+
+TEST(Program, AProjectWhoseFilmIsGoneEndsWithTwo) {
+    const QTemporaryDir folder;
+    const QString film = folder.filePath(QStringLiteral("film.mp4"));
+    const QString project = folder.filePath(QStringLiteral("p.stillwick"));
+    ASSERT_TRUE(QFile::copy(sample, film));
+    ASSERT_EQ(run({QStringLiteral("capture"), film, QStringLiteral("--at"), QStringLiteral("1"),
+                   QStringLiteral("-o"), folder.path(), QStringLiteral("--save"), project})
+                  .status,
+              0);
+    ASSERT_TRUE(QFile::remove(film));
+    const Ending ending = run({QStringLiteral("export"), project});
+    EXPECT_EQ(ending.status, 2);
+    EXPECT_EQ(ending.complaints,
+              QStringLiteral("Vidéo introuvable. Rouvrez-la via « Ouvrir une vidéo ».\n"));
+}
+
+TEST(Program, AProjectThatCannotBeReadOrSavedSaysWhy) {
+    const QTemporaryDir folder;
+    const Ending missing =
+        run({QStringLiteral("export"), folder.filePath(QStringLiteral("absent.stillwick"))});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_TRUE(missing.complaints.startsWith(QStringLiteral("Échec de l'ouverture : ")));
+    const Ending unsaved =
+        run({QStringLiteral("capture"), sample, QStringLiteral("--at"), QStringLiteral("1"),
+             QStringLiteral("-o"), folder.path(), QStringLiteral("--save"),
+             folder.filePath(QStringLiteral("absent/p.stillwick"))});
+    EXPECT_EQ(unsaved.status, 1) << "the pictures are there, the project is not";
+    EXPECT_TRUE(unsaved.complaints.startsWith(QStringLiteral("Échec de l'enregistrement : ")));
+}
+
 TEST(Program, AFullDiskFailsTheCapturesThatDoNotFitAndLeavesNoHalfFile) {
     const QTemporaryDir folder;
     const QString disk = folder.filePath(QStringLiteral("disk"));
