@@ -4,6 +4,7 @@
 #include "Imaging/PackedPixels.h"
 
 #include <QColorSpace>
+#include <QScopeGuard>
 #include <QThreadPool>
 
 #include <algorithm>
@@ -12,6 +13,8 @@
 #include <new>
 #include <optional>
 #include <utility>
+
+#include <malloc.h>
 
 namespace stillwick {
 
@@ -180,6 +183,8 @@ void PictureStore::Core::makeRoom() {
 }
 
 void PictureStore::Core::pack(const std::shared_ptr<const KeptPicture>& picture) {
+    // The allocator keeps what large bitmaps leave, and that grows with every one of them.
+    const auto giveBack = qScopeGuard([] { ::malloc_trim(0); });
     QImage image;
     {
         const std::lock_guard lock(m_mutex);
