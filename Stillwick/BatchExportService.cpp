@@ -1,5 +1,6 @@
 #include "Stillwick/BatchExportService.h"
 
+#include "Desktop/AtomicFile.h"
 #include "Stillwick/AnnotationRenderer.h"
 #include "Stillwick/AppError.h"
 #include "Stillwick/ErrorDescription.h"
@@ -100,7 +101,10 @@ private:
     QCoro::Task<> makeFolder(const ExportGroup& group) {
         try {
             const QString folder = targetFolderOf(group, m_job.outputFolder);
-            co_await onPool([&folder] { QDir().mkpath(folder); });
+            co_await onPool([&folder] {
+                QDir().mkpath(folder);
+                removeAbandonedWritesBeside(QDir(folder).filePath(QStringLiteral("index.md")));
+            });
         } catch (const std::exception&) {
             // The pictures that cannot be written there are told.
         }

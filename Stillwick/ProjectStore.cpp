@@ -19,7 +19,10 @@ QByteArray pathBytes(const QUrl& url) {
 } // namespace
 
 void ProjectStore::save(const ProjectFile& project, const QUrl& url) {
-    writeFileAtomically(url.toLocalFile(), encodeProject(project));
+    const QByteArray text = encodeProject(project);
+    const QString path = url.toLocalFile();
+    removeAbandonedWritesBeside(path); // first, for they may fill the disk
+    writeFileAtomically(path, text);
 }
 
 ProjectFile ProjectStore::load(const QUrl& url) {

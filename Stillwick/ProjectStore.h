@@ -11,7 +11,8 @@
 namespace stillwick::ProjectStore {
 
 /// Writes the project whole or not at all: a save that fails leaves the earlier file as it was. See
-/// `writeFileAtomically` for links, permissions and what a failing disk may leave.
+/// `writeFileAtomically` for links, permissions and what a failing disk may leave. What a save that
+/// was killed left beside the file is cleared away.
 /// *Errors*: ProjectError where the project cannot be put into words, DesktopError where the file
 /// cannot be written, or `url` is none of a local file.
 void save(const ProjectFile& project, const QUrl& url);

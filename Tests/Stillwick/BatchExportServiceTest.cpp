@@ -394,6 +394,15 @@ TEST_F(BatchExportServiceTest, AFilmOpenedInTheMeantimeDoesNotChangeTheExport) {
     EXPECT_EQ(m_log, QStringList({QStringLiteral("1"), QStringLiteral("2")}));
 }
 
+TEST_F(BatchExportServiceTest, WhatAKilledExportLeftIsClearedAway) {
+    QDir().mkpath(m_job.outputFolder);
+    QFile left(m_job.outputFolder + QStringLiteral("/.stillwick-0123456789abcdef"));
+    ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+    m_job.groups = {{QStringLiteral("Captures"), {}, {frameAt(500)}, Placement::outputFolder}};
+    run();
+    EXPECT_EQ(tree(), QStringList(QStringLiteral("balles_00-00-00-500.png")));
+}
+
 TEST_F(BatchExportServiceTest, AFileOfTheSameNameIsReplaced) {
     m_job.groups = {{QStringLiteral("A"), {}, {frameAt(0), frameAt(0)}, Placement::outputFolder}};
     run();
