@@ -37,7 +37,7 @@ private:
 /// Mostly within the first seconds, where short films are; sometimes anywhere.
 CMTime anyTime(std::mt19937& random) {
     if (random() % 8 == 0)
-        return CMTime::make(std::int64_t(random()) << (random() % 31), int(random() >> 1));
+        return CMTime::make(std::int64_t(random()) << (random() % 33), int(random()));
     return CMTime::make(std::int64_t(random() % 5000), 1000);
 }
 

@@ -150,10 +150,11 @@ struct Parts {
 };
 
 Parts partsOf(const CMTime& time) {
-    constexpr double limit = 9223372036854775808.0; // 2^63
+    // 2^63, which the largest value becomes as a double: no time is longer, but one may be as long.
+    constexpr double limit = 9223372036854775808.0;
     const double seconds = time.safeSeconds();
-    if (seconds >= limit || seconds < -limit)
-        qFatal("A media time of %g s cannot be shown", seconds);
+    if (seconds >= limit)
+        return {std::numeric_limits<long long>::max(), 0};
     return {static_cast<long long>(seconds),
             static_cast<int>((seconds - std::floor(seconds)) * 1000.0)};
 }

@@ -58,10 +58,9 @@ struct CMTime {
     /// Seconds in double precision, or 0 for a time that is invalid, not numeric, NaN or infinite.
     [[nodiscard]] double safeSeconds() const noexcept;
     /// Minutes, seconds and truncated milliseconds, "62:05.250"; minutes widen past 99.
-    /// *Errors*: a finite time whose seconds do not fit 64 bits ends the program.
+    /// Seconds past 64 bits show as the largest number.
     [[nodiscard]] QString displayString() const;
-    /// Hours, minutes, seconds and truncated milliseconds, "01-02-05-250".
-    /// *Errors*: as `displayString`.
+    /// Hours, minutes, seconds and truncated milliseconds, "01-02-05-250"; as `displayString`.
     [[nodiscard]] QString fileNameString() const;
 };
 

@@ -26,7 +26,7 @@ constexpr std::size_t worthJumping = 12;
 constexpr int leastTrail = 4;
 // As the tick on the way to which pictures may be left out: none may.
 constexpr std::int64_t everyPicture = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t farthestTick = std::numeric_limits<std::int64_t>::max() / 4;
+constexpr std::int64_t farthestTick = Timeline::farthestTick;
 
 /// Decoders for which leaving out unreferenced pictures changes nothing in the others.
 bool mayLeaveOutPictures(const AVCodecParameters& parameters) {
@@ -94,7 +94,7 @@ FrameSource::Target FrameSource::targetFor(const CMTime& time, const Tolerance& 
         throw MediaError::make(Category::TimeOutOfRange);
     const Timeline line = timeline();
     const std::int64_t ticks = line.toTicks(time, AV_ROUND_DOWN);
-    if (ticks < 0 || ticks > farthestTick)
+    if (ticks < 0 || ticks >= farthestTick)
         throw MediaError::make(Category::TimeOutOfRange);
     Target target = targetAt(m_zero + ticks);
     target.endTick = line.tickAtOrAfter(time);

@@ -4,12 +4,17 @@
 #include "Media/CMTime.h"
 #include "Media/Libav.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <limits>
 
 namespace stillwick {
 
 /// Where a film's zero lies among the presentation times of its track.
 struct Timeline {
+    static constexpr std::int64_t farthestTick = std::numeric_limits<std::int64_t>::max() / 4;
+
     AVRational timeBase{1, 1};
     std::int64_t zero = 0; ///< in ticks
 
@@ -29,8 +34,15 @@ struct Timeline {
         return std::chrono::nanoseconds(av_rescale_q(tick - zero, timeBase, {1, 1'000'000'000}));
     }
 
+    /// Spans too long to be counted become `farthestTick`, or its opposite: far beyond any film,
+    /// and near enough for sums.
     [[nodiscard]] std::int64_t toTicks(const CMTime& span, AVRounding rounding) const noexcept {
-        return av_rescale_q_rnd(span.value, {1, span.timescale}, timeBase, rounding);
+        const std::int64_t ticks =
+            av_rescale_q_rnd(span.value, {1, span.timescale}, timeBase, rounding);
+        constexpr std::int64_t overflow = std::numeric_limits<std::int64_t>::min();
+        if (ticks == overflow)
+            return span.value < 0 ? -farthestTick : farthestTick;
+        return std::clamp(ticks, -farthestTick, farthestTick);
     }
 };
 

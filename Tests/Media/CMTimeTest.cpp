@@ -110,9 +110,28 @@ TEST(CMTimeTest, SecondsAreTheQuotientInDoublePrecision) {
 }
 
 // 2^63 s: one more than the largest integer, which is what the largest value becomes as a double.
-TEST(CMTimeDeathTest, SecondsPastTheLargestIntegerEndTheProgram) {
-    EXPECT_DEATH((void)CMTime::make(largest, 1).displayString(), "media time");
-    EXPECT_DEATH((void)CMTime::make(largest, 1).fileNameString(), "media time");
+// 2^63 - 1 = 153722867280912930 * 60 + 7 = 2562047788015215 * 3600 + 30 * 60 + 7
+TEST(CMTimeTest, SecondsPastTheLargestIntegerShowAsTheLargest) {
+    for (const CMTime& time : {CMTime::make(largest, 1), CMTime::make(smallest, -1)}) {
+        EXPECT_EQ(display(time), "153722867280912930:07.000");
+        EXPECT_EQ(fileName(time), "2562047788015215-30-07-000");
+    }
+}
+
+TEST(CMTimeTest, NoTimeEndsTheProgramWhateverItsNumbers) {
+    const std::int32_t shortest = std::numeric_limits<std::int32_t>::min();
+    for (const std::int64_t value : {smallest, smallest + 1, std::int64_t(-1), std::int64_t(0),
+                                     std::int64_t(1), largest - 1, largest})
+        for (const std::int32_t timescale : {shortest, -1, 0, 1, 2, -(shortest + 1)}) {
+            const CMTime time = CMTime::make(value, timescale);
+            EXPECT_FALSE(display(time).empty());
+            EXPECT_FALSE(fileName(time).empty());
+            EXPECT_EQ(time, time);
+            EXPECT_EQ(qHash(time), qHash(time));
+            for (const CMTime& other : {CMTime::make(largest, 1), CMTime::make(smallest, shortest)})
+                EXPECT_TRUE((time + other).isValid() && (time - other).isValid() &&
+                            (-time).isValid());
+        }
 }
 
 // 2^63 = 153722867280912930 * 60 + 8

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -80,6 +82,21 @@ TEST(FrameCacheTest, TheFirstFrameAnswersForWhatComesBeforeIt) {
     cache.setFirst(10);
     EXPECT_EQ(cache.frameAt(CMTime::zero()), frame);
     EXPECT_TRUE(cache.isFirst(10));
+}
+
+// A count of ticks that does not fit 64 bits must not wrap around to the film's beginning.
+TEST(FrameCacheTest, ATimeTooFarToBeCountedIsPastTheEndAndNotBeforeTheBeginning) {
+    for (const std::int64_t zero : {std::int64_t(0), std::int64_t(7), std::int64_t(-7)}) {
+        FrameCache cache;
+        cache.begin({{1, 90'000}, zero});
+        cache.insert(frameAt(zero));
+        cache.setFirst(zero);
+        cache.setLast(zero, zero + 3000);
+        EXPECT_NE(cache.frameAt(CMTime::zero()), nullptr);
+        for (const std::int64_t value :
+             {std::numeric_limits<std::int64_t>::max(), std::int64_t(1) << 50})
+            EXPECT_EQ(cache.frameAt(CMTime::make(value, 1)), nullptr);
+    }
 }
 
 TEST(FrameCacheTest, TheFrameOnScreenAnswersForItsTimeWhateverIsKnown) {

@@ -15,6 +15,8 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -399,11 +401,15 @@ TEST_F(MediaPlayerTest, AnItemThatWasReplacedStepsNoMore) {
 
 TEST_F(MediaPlayerTest, ASeekPastTheEndShowsTheLastFrameAtTheFilmsEnd) {
     open(film);
-    seekTo(CMTime::make(1000, 1));
-    EXPECT_EQ(player.currentTime(), frameTime(90));
-    EXPECT_EQ(player.picture(), pictureAt(film, frameTime(89)));
-    seekTo(CMTime::make(-5, 1));
-    EXPECT_EQ(player.currentTime(), CMTime::zero());
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+    for (const CMTime& past : {CMTime::make(1000, 1), CMTime::make(largest, 1),
+                               CMTime::make(largest, 90'000), CMTime::make(largest - 1, 2)}) {
+        seekTo(past);
+        EXPECT_EQ(player.currentTime(), frameTime(90));
+        EXPECT_EQ(player.picture(), pictureAt(film, frameTime(89)));
+        seekTo(CMTime::make(-largest, 1));
+        EXPECT_EQ(player.currentTime(), CMTime::zero());
+    }
 }
 
 TEST_F(MediaPlayerTest, ASeekToWhatIsNotATimeIsIgnored) {
