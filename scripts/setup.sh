@@ -8,7 +8,8 @@ stillwick_packages() {
             qt6-base-dev qt6-multimedia-dev libgl1-mesa-dev qcoro-qt6-dev \
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
             libpng-dev libdeflate-dev libopencv-core-dev libopencv-imgproc-dev ;;
-        test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils dbus-daemon ;;
+        test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils \
+            dbus-daemon strace ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
         bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;

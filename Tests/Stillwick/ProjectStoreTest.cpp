@@ -2,13 +2,12 @@
 
 #include "Desktop/DesktopError.h"
 #include "ForkedChild.h"
-#include "Stillwick/ErrorDescription.h"
+#include "NumberedProject.h"
 #include "Stillwick/ProjectError.h"
 #include "Stillwick/ProjectJson.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -21,49 +20,18 @@
 namespace stillwick {
 namespace {
 
-/// A project that is told from others by its number; of at least so many captures.
-ProjectFile numbered(qint64 number, int captures = 1) {
-    ProjectFile project;
-    project.version = number;
-    project.groups = {{QStringLiteral("Captures"), {}, {}}};
-    for (int i = 0; i < captures; ++i)
-        project.groups[0].frames.append({1001LL * i, 30000, QStringLiteral("vue de face")});
-    return project;
-}
+using testing::loaded;
+using testing::namesIn;
+using testing::numbered;
+using testing::saved;
+using testing::urlOf;
 
-class ProjectStoreTest : public testing::Test {
+class ProjectStoreTest : public ::testing::Test {
 protected:
     ProjectStoreTest() { ::chmod(m_folder.path().toUtf8().constData(), 0755); }
 
     std::string path(const std::string& name = {}) const {
         return m_folder.path().toStdString() + '/' + name;
-    }
-    static QUrl urlOf(const std::string& path) {
-        return QUrl::fromLocalFile(QString::fromStdString(path));
-    }
-    /// What the user would read of a save, or "ok".
-    static std::string saved(const ProjectFile& project, const std::string& path) {
-        try {
-            ProjectStore::save(project, urlOf(path));
-            return "ok";
-        } catch (const std::exception& error) {
-            return localizedDescription(error).toStdString();
-        }
-    }
-    /// The number of the project there, or what the user would read.
-    static std::string loaded(const std::string& path) {
-        try {
-            return std::to_string(ProjectStore::load(urlOf(path)).version);
-        } catch (const std::exception& error) {
-            return localizedDescription(error).toStdString();
-        }
-    }
-    /// The names in a folder, hidden ones too.
-    static std::string namesIn(const std::string& folder) {
-        return QDir(QString::fromStdString(folder))
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)
-            .join(u' ')
-            .toStdString();
     }
     void put(const std::string& name, const QByteArray& content) const {
         QFile file(QString::fromStdString(path(name)));
