@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+#include <array>
+
 namespace stillwick::testing {
 
 namespace {
@@ -256,6 +258,34 @@ TEST_F(AppStateProjectTest, HostileTimesAndNamesOpenAndFailOneByOne) {
     EXPECT_EQ(QDir(m_folder.filePath(QStringLiteral("a/b")))
                   .entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
               QStringList{QStringLiteral("sortie")});
+}
+
+TEST_F(AppStateProjectTest, MarksAndEdgesBeyondAllMeasureAreExportedAllTheSame) {
+    ProjectFile content = file();
+    constexpr double huge = 1e300;
+    content.edge = {huge, huge, true, huge, huge, -huge, huge, huge};
+    content.groups = {groupNamed(QStringLiteral("Captures"))};
+    QList<Annotation> marks;
+    for (const AnnotationKind kind :
+         {AnnotationKind::arrow, AnnotationKind::line, AnnotationKind::circle}) {
+        for (const auto& [from, to, width] : std::initializer_list<std::array<double, 3>>{
+                 {-huge, huge, huge}, {0.5, huge, 0.01}, {-1e9, 1e9, 1e9}, {1e15, 1e15, -1}}) {
+            Annotation mark = circle();
+            mark.kind = kind;
+            mark.start = {from, 0.5};
+            mark.end = {to, from};
+            mark.lineWidth = width;
+            mark.r = huge;
+            marks.append(mark);
+        }
+    }
+    content.groups.front().frames.append({1, 2, {}, marks});
+    openFile(content);
+    state->setOutputFolder(at(QStringLiteral("sortie")));
+    state->runExport(ExportMode::merged);
+    ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }));
+    EXPECT_EQ(state->progress().completed, 1);
+    EXPECT_TRUE(state->failures().isEmpty());
 }
 
 } // namespace
