@@ -1,6 +1,6 @@
 # Everything that is not ours. Debian 12 packages; scripts/setup.sh installs them.
 find_package(PkgConfig REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Concurrent DBus Multimedia)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg Concurrent Multimedia)
 find_package(QCoro6 REQUIRED COMPONENTS Core DBus)
 find_package(Threads REQUIRED)
 

@@ -5,7 +5,7 @@
 stillwick_packages() {
     case $1 in
         build) echo g++ cmake ninja-build ccache pkg-config \
-            qt6-base-dev qt6-multimedia-dev libgl1-mesa-dev qcoro-qt6-dev \
+            qt6-base-dev qt6-svg-dev qt6-translations-l10n qt6-multimedia-dev libgl1-mesa-dev qcoro-qt6-dev \
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
             libpng-dev libdeflate-dev libopencv-core-dev libopencv-imgproc-dev ;;
         test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils \
@@ -46,7 +46,7 @@ stillwick_require_tools() {
         command -v "$tool" >/dev/null || missing+=("$tool")
     done
     if command -v pkg-config >/dev/null; then
-        for module in Qt6Core Qt6Gui Qt6Multimedia libavformat libavcodec libavutil libswscale \
+        for module in Qt6Core Qt6Gui Qt6Widgets Qt6Svg Qt6Multimedia libavformat libavcodec libavutil libswscale \
             libswresample zimg libpng libdeflate; do
             pkg-config --exists "$module" || missing+=("$module")
         done

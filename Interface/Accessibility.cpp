@@ -1,0 +1,135 @@
+#include "Interface/Accessibility.h"
+
+#include "Interface/ContinuousSlider.h"
+#include "Interface/DisclosureGroup.h"
+#include "Interface/PlayerControls.h"
+#include "Interface/Popover.h"
+#include "Interface/ProgressIndicator.h"
+#include "Interface/SectionedListAccessibility.h"
+#include "Interface/SectionedListView.h"
+#include "Interface/SegmentedPicker.h"
+#include "Interface/SplitView.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+
+namespace stillwick {
+
+namespace {
+
+class SliderInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit SliderInterface(ContinuousSlider* slider)
+        : QAccessibleWidget(slider, QAccessible::Slider), m_slider(slider) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Value ? m_slider->valueText() : QAccessibleWidget::text(kind);
+    }
+    QVariant currentValue() const override { return m_slider->realValue(); }
+    void setCurrentValue(const QVariant& value) override {
+        m_slider->chooseRealValue(value.toDouble());
+    }
+    QVariant maximumValue() const override { return m_slider->greatest(); }
+    QVariant minimumValue() const override { return m_slider->least(); }
+    QVariant minimumStepSize() const override { return m_slider->step(); }
+
+private:
+    ContinuousSlider* m_slider;
+};
+
+class SplitHandleInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit SplitHandleInterface(SplitHandle* handle)
+        : QAccessibleWidget(handle, QAccessible::Splitter), m_handle(handle) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+    QVariant currentValue() const override { return m_handle->position(); }
+    void setCurrentValue(const QVariant& value) override { m_handle->moveTo(value.toInt()); }
+    QVariant maximumValue() const override { return m_handle->bounds().second; }
+    QVariant minimumValue() const override { return m_handle->bounds().first; }
+    QVariant minimumStepSize() const override { return 1; }
+
+private:
+    SplitHandle* m_handle;
+};
+
+class DisclosureInterface final : public QAccessibleWidget {
+public:
+    explicit DisclosureInterface(DisclosureHeader* header)
+        : QAccessibleWidget(header, QAccessible::Button), m_header(header) {}
+
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Name ? m_header->text() : QAccessibleWidget::text(kind);
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.expanded = m_header->isChecked();
+        state.collapsed = !m_header->isChecked();
+        return state;
+    }
+    QStringList actionNames() const override {
+        return QStringList(pressAction()) + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name == pressAction())
+            m_header->click();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+    QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
+
+private:
+    DisclosureHeader* m_header;
+};
+
+class BusyInterface final : public QAccessibleWidget {
+public:
+    explicit BusyInterface(QWidget* widget)
+        : QAccessibleWidget(widget, QAccessible::ProgressBar) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.busy = true;
+        return state;
+    }
+};
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    if (auto* slider = qobject_cast<ContinuousSlider*>(object))
+        return new SliderInterface(slider);
+    if (auto* handle = qobject_cast<SplitHandle*>(object))
+        return new SplitHandleInterface(handle);
+    if (auto* header = qobject_cast<DisclosureHeader*>(object))
+        return new DisclosureInterface(header);
+    if (auto* list = qobject_cast<SectionedListView*>(object))
+        return new SectionedListInterface(list);
+    if (auto* host = qobject_cast<SectionHeaderHost*>(object))
+        return new SectionHeaderInterface(host);
+    if (auto* popover = qobject_cast<Popover*>(object))
+        return new QAccessibleWidget(popover, QAccessible::Dialog);
+    if (auto* indicator = qobject_cast<ProgressIndicator*>(object))
+        return new BusyInterface(indicator);
+    if (qobject_cast<SegmentedPicker*>(object) != nullptr ||
+        qobject_cast<DisclosureGroup*>(object) != nullptr ||
+        qobject_cast<PlayerControls*>(object) != nullptr)
+        return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Grouping);
+    return nullptr;
+}
+
+} // namespace
+
+void installAccessibility() {
+    QAccessible::installFactory(makeInterface); // one that is installed already is not added again
+}
+
+} // namespace stillwick

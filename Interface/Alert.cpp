@@ -1,0 +1,59 @@
+#include "Interface/Alert.h"
+
+#include "Interface/Symbol.h"
+#include "Interface/TextStyle.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <utility>
+
+namespace stillwick {
+
+namespace {
+
+constexpr QSize iconSize(36, 36);
+
+QMessageBox* makeAlert(QWidget* window, const QString& title, const QString& message) {
+    auto* alert = new QMessageBox(window);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->setWindowTitle(title);
+    alert->setTextFormat(Qt::PlainText);
+    alert->setText(title);
+    alert->setInformativeText(message);
+    alert->setWindowModality(Qt::WindowModal);
+    return alert;
+}
+
+void addDismissal(QMessageBox& alert) {
+    QPushButton* button = alert.addButton(QStringLiteral("OK"), QMessageBox::RejectRole);
+    alert.setEscapeButton(button);
+    alert.setDefaultButton(button);
+}
+
+} // namespace
+
+QMessageBox* openErrorAlert(QWidget* window, const QString& message,
+                            std::function<void()> dismissed) {
+    QMessageBox* alert = makeAlert(window, QStringLiteral("Erreur"), message);
+    alert->setIconPixmap(symbolIcon(u"exclamationmark.triangle.fill", ThemeColor::destructive)
+                             .pixmap(iconSize, window->devicePixelRatioF()));
+    addDismissal(*alert);
+    if (dismissed)
+        QObject::connect(alert, &QDialog::finished, window, std::move(dismissed));
+    alert->open();
+    return alert;
+}
+
+QMessageBox* openAlert(QWidget* window, const QString& title, const QString& message,
+                       const QString& actionText, std::function<void()> action) {
+    QMessageBox* alert = makeAlert(window, title, message);
+    alert->setIconPixmap(applicationIcon().pixmap(iconSize, window->devicePixelRatioF()));
+    QPushButton* button = alert->addButton(actionText, QMessageBox::AcceptRole);
+    addDismissal(*alert);
+    QObject::connect(button, &QPushButton::clicked, window, std::move(action));
+    alert->open();
+    return alert;
+}
+
+} // namespace stillwick

@@ -1,0 +1,168 @@
+// How rows of a sectioned list are moved within their section.
+#include "Interface/SectionedListDelegate.h"
+#include "Interface/SectionedListView.h"
+#include "Interface/StylePainting.h"
+#include "Interface/TextStyle.h"
+#include "Interface/Theme.h"
+
+#include <QDrag>
+#include <QDragMoveEvent>
+#include <QMimeData>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace stillwick {
+
+namespace {
+
+QString rowsFormat() {
+    return QStringLiteral("application/x-stillwick-rows");
+}
+
+} // namespace
+
+/// The selected rows of the section in which the current one stands.
+SectionedListView::Dragged SectionedListView::rowsToMove() const {
+    if (!currentIndex().isValid())
+        return {};
+    Dragged rows{m_model->placeOf(currentIndex().row()).section, {}};
+    for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
+        const auto place = m_model->placeOf(index.row());
+        if (place.section == rows.section)
+            rows.offsets.push_back(place.offset);
+    }
+    std::ranges::sort(rows.offsets);
+    return rows;
+}
+
+void SectionedListView::requestMove(const Dragged& rows, int destination) {
+    if (rows.offsets.isEmpty())
+        return;
+    const int first = rows.offsets.first();
+    const int last = rows.offsets.last();
+    const bool isOneBlock = last - first + 1 == rows.offsets.size();
+    if (isOneBlock && destination >= first && destination <= last + 1)
+        return; // it stands there already
+    emit moveRequested(m_model->sections().at(rows.section).id, rows.offsets, destination);
+}
+
+void SectionedListView::moveByOne(bool isDown) {
+    const Dragged rows = rowsToMove();
+    if (rows.offsets.isEmpty())
+        return;
+    const auto count = int(m_model->sections().at(rows.section).rows.size());
+    const int destination = isDown ? rows.offsets.last() + 2 : rows.offsets.first() - 1;
+    requestMove(rows, std::clamp(destination, 0, count));
+    scrollTo(currentIndex());
+}
+
+QPixmap SectionedListView::dragPicture() const {
+    const QRect row = visualRect(currentIndex());
+    const qreal ratio = devicePixelRatioF();
+    QPixmap picture((QSizeF(row.size()) * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setOpacity(0.85);
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = QRect(QPoint(0, 0), row.size());
+    option.state |= QStyle::State_Selected | QStyle::State_Active;
+    itemDelegate()->paint(&painter, option, currentIndex());
+    if (m_dragged.offsets.size() > 1) {
+        const QString count = QString::number(m_dragged.offsets.size());
+        painter.setOpacity(1);
+        painter.setFont(styledFont(TextStyle::headline));
+        const int width = std::max(22, painter.fontMetrics().horizontalAdvance(count) + 12);
+        const QRectF pill(row.width() - width - 16, (row.height() - 22) / 2.0, width, 22);
+        fillRounded(painter, pill, 11, themeColor(ThemeColor::onAccent, palette()));
+        painter.setPen(themeColor(ThemeColor::accentFill, palette()));
+        painter.drawText(pill, Qt::AlignCenter, count);
+    }
+    return picture;
+}
+
+void SectionedListView::startDrag(Qt::DropActions /*actions*/) {
+    m_dragged = rowsToMove();
+    if (m_dragged.offsets.isEmpty())
+        return;
+    auto* payload = new QMimeData;
+    payload->setData(rowsFormat(), m_model->sections().at(m_dragged.section).id.toByteArray());
+    auto* drag = new QDrag(this);
+    drag->setMimeData(payload);
+    const QRect row = visualRect(currentIndex());
+    drag->setPixmap(dragPicture());
+    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - row.topLeft());
+    drag->exec(Qt::MoveAction);
+    setDestination(std::nullopt);
+    setState(NoState);
+}
+
+/// Before which of the dragged rows' section the position is; none outside of it.
+std::optional<int> SectionedListView::destinationAt(const QPoint& position) const {
+    const auto count = int(m_model->sections().value(m_dragged.section).rows.size());
+    const QModelIndex index = indexAt(position);
+    if (!index.isValid()) { // below the last row
+        const bool isLast = m_dragged.section == int(m_model->sections().size()) - 1;
+        return isLast ? std::optional(count) : std::nullopt;
+    }
+    const auto place = m_model->placeOf(index.row());
+    const bool isUpperHalf = position.y() < visualRect(index).center().y();
+    if (place.section == m_dragged.section)
+        return place.offset < 0 ? 0 : place.offset + (isUpperHalf ? 0 : 1);
+    if (place.offset < 0 && place.section == m_dragged.section + 1 && isUpperHalf)
+        return count;
+    return std::nullopt;
+}
+
+/// The height of the line before that row, in the viewport.
+int SectionedListView::lineAt(int destination) const {
+    const ListSection& section = m_model->sections().at(m_dragged.section);
+    if (destination < section.rows.size())
+        return visualRect(m_model->indexOf(section.rows.at(destination))).top();
+    return visualRect(m_model->indexOf(section.rows.last())).bottom();
+}
+
+void SectionedListView::setDestination(std::optional<int> destination) {
+    if (destination == m_destination)
+        return;
+    m_destination = destination;
+    viewport()->update();
+}
+
+void SectionedListView::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->source() == this && event->mimeData()->hasFormat(rowsFormat()))
+        event->acceptProposedAction();
+    else
+        event->ignore(); // for the window behind: a film, perhaps
+}
+
+void SectionedListView::dragMoveEvent(QDragMoveEvent* event) {
+    if (event->source() != this) {
+        event->ignore();
+        return;
+    }
+    QListView::dragMoveEvent(event); // scrolls near the edges
+    setDestination(destinationAt(event->position().toPoint()));
+    event->setDropAction(Qt::MoveAction);
+    event->setAccepted(m_destination.has_value());
+}
+
+void SectionedListView::dragLeaveEvent(QDragLeaveEvent* event) {
+    QListView::dragLeaveEvent(event);
+    setDestination(std::nullopt);
+}
+
+void SectionedListView::dropEvent(QDropEvent* event) {
+    const std::optional<int> destination =
+        event->source() == this ? destinationAt(event->position().toPoint()) : std::nullopt;
+    stopAutoScroll();
+    setState(NoState);
+    setDestination(std::nullopt);
+    event->setAccepted(destination.has_value());
+    if (destination)
+        requestMove(m_dragged, *destination);
+}
+
+} // namespace stillwick
