@@ -3,6 +3,8 @@
 #include "Interface/Symbol.h"
 #include "Interface/TextStyle.h"
 
+#include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -22,6 +24,8 @@ QMessageBox* makeAlert(QWidget* window, const QString& title, const QString& mes
     alert->setText(title);
     alert->setInformativeText(message);
     alert->setWindowModality(Qt::WindowModal);
+    if (auto* heading = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        setTextStyle(heading, TextStyle::headline);
     return alert;
 }
 
@@ -29,6 +33,16 @@ void addDismissal(QMessageBox& alert) {
     QPushButton* button = alert.addButton(QStringLiteral("OK"), QMessageBox::RejectRole);
     alert.setEscapeButton(button);
     alert.setDefaultButton(button);
+}
+
+/// Wide enough for a sentence. The layout is made anew whenever something is added: this comes last.
+void open(QMessageBox& alert) {
+    if (auto* grid = qobject_cast<QGridLayout*>(alert.layout())) {
+        constexpr int leastWidth = 380;
+        grid->addItem(new QSpacerItem(leastWidth, 0), grid->rowCount(), 0, 1,
+                      grid->columnCount());
+    }
+    alert.open();
 }
 
 } // namespace
@@ -41,7 +55,7 @@ QMessageBox* openErrorAlert(QWidget* window, const QString& message,
     addDismissal(*alert);
     if (dismissed)
         QObject::connect(alert, &QDialog::finished, window, std::move(dismissed));
-    alert->open();
+    open(*alert);
     return alert;
 }
 
@@ -52,7 +66,7 @@ QMessageBox* openAlert(QWidget* window, const QString& title, const QString& mes
     QPushButton* button = alert->addButton(actionText, QMessageBox::AcceptRole);
     addDismissal(*alert);
     QObject::connect(button, &QPushButton::clicked, window, std::move(action));
-    alert->open();
+    open(*alert);
     return alert;
 }
 

@@ -79,7 +79,7 @@ bool InterfaceStyle::drawPanel(PrimitiveElement element, const QStyleOption& opt
     switch (element) {
     case PE_PanelLineEdit:
         if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(&option);
-            frame != nullptr && frame->lineWidth > 0)
+            frame != nullptr && (frame->lineWidth > 0 || option.state.testFlag(State_HasFocus)))
             paintField(painter, option);
         return true;
     case PE_FrameLineEdit:

@@ -57,6 +57,12 @@ QSize SectionedListDelegate::sizeHint(const QStyleOptionViewItem& /*option*/,
     return {1, host == nullptr ? rowHeight : host->sizeHint().height()};
 }
 
+void SectionedListDelegate::updateEditorGeometry(QWidget* editor,
+                                                 const QStyleOptionViewItem& option,
+                                                 const QModelIndex& /*index*/) const {
+    editor->setGeometry(option.rect);
+}
+
 SectionedListDelegate::Look SectionedListDelegate::lookOf(const QStyleOptionViewItem& option) {
     Look look;
     look.palette = option.palette;
@@ -71,7 +77,7 @@ SectionedListDelegate::Look SectionedListDelegate::lookOf(const QStyleOptionView
     } else if (look.isSelected) {
         look.ground = ThemeColor::selectionTint;
     } else if (look.isHovered) {
-        look.ground = ThemeColor::controlHover;
+        look.ground = ThemeColor::controlBackground;
     }
     return look;
 }

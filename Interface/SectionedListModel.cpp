@@ -1,5 +1,9 @@
 #include "Interface/SectionedListModel.h"
 
+#include <QDataStream>
+#include <QIODevice>
+#include <QMimeData>
+
 #include <algorithm>
 #include <utility>
 
@@ -145,6 +149,50 @@ Qt::ItemFlags SectionedListModel::flags(const QModelIndex& index) const {
         return Qt::NoItemFlags; // the header's own widgets take what is meant for it
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled |
            Qt::ItemNeverHasChildren;
+}
+
+QStringList SectionedListModel::mimeTypes() const {
+    return {QStringLiteral("application/x-stillwick-rows")};
+}
+
+QMimeData* SectionedListModel::mimeData(const QModelIndexList& rows) const {
+    if (rows.isEmpty())
+        return nullptr;
+    const int section = placeOf(rows.first().row()).section;
+    QList<QUuid> moving;
+    for (const QModelIndex& row : rows) {
+        if (placeOf(row.row()).section == section)
+            moving.push_back(idOf(row.row()));
+    }
+    QByteArray payload;
+    QDataStream stream(&payload, QIODevice::WriteOnly);
+    stream << m_token << moving;
+    auto* result = new QMimeData;
+    result->setData(mimeTypes().constFirst(), payload);
+    return result;
+}
+
+std::optional<SectionedListModel::MovingRows>
+SectionedListModel::movingRows(const QMimeData& data) const {
+    QDataStream stream(data.data(mimeTypes().constFirst()));
+    QUuid token;
+    QList<QUuid> moving;
+    stream >> token >> moving;
+    if (stream.status() != QDataStream::Ok || token != m_token)
+        return std::nullopt;
+    MovingRows rows;
+    for (const QUuid& id : moving) {
+        const QModelIndex index = indexOf(id);
+        if (!index.isValid())
+            continue;
+        const Place place = placeOf(index.row());
+        if (rows.section < 0)
+            rows.section = place.section;
+        if (place.section == rows.section)
+            rows.offsets.push_back(place.offset);
+    }
+    std::ranges::sort(rows.offsets);
+    return rows.offsets.isEmpty() ? std::nullopt : std::optional(rows);
 }
 
 bool SectionedListModel::isHeader(int row) const {

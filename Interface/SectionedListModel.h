@@ -9,6 +9,7 @@
 #include <QUuid>
 
 #include <functional>
+#include <optional>
 
 namespace stillwick {
 
@@ -54,6 +55,12 @@ public:
         bool operator==(const Place&) const = default;
     };
 
+    /// Rows of one section, on their way to another place in it.
+    struct MovingRows {
+        int section = -1;
+        QList<int> offsets; ///< ascending
+    };
+
     explicit SectionedListModel(RowSource source, QObject* parent = nullptr);
 
     /// Takes the new order. What stays keeps its selection; views hear only of what came, went and moved.
@@ -65,6 +72,11 @@ public:
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+    [[nodiscard]] QStringList mimeTypes() const override;
+    /// Those of the rows that stand in the same section as the first.
+    [[nodiscard]] QMimeData* mimeData(const QModelIndexList& rows) const override;
+    /// What mimeData of this model gave; none for anything else, and where the rows are gone since.
+    [[nodiscard]] std::optional<MovingRows> movingRows(const QMimeData& data) const;
 
     [[nodiscard]] bool isHeader(int row) const;
     [[nodiscard]] Place placeOf(int row) const;
@@ -81,6 +93,7 @@ private:
     void placeAll();
 
     RowSource m_source;
+    QUuid m_token = QUuid::createUuid(); // tells its rows from another list's
     QList<ListSection> m_sections;
     QList<QUuid> m_ids;     // headers too
     QList<Place> m_places;  // of each of them

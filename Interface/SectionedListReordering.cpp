@@ -14,31 +14,20 @@
 
 namespace stillwick {
 
-namespace {
-
-QString rowsFormat() {
-    return QStringLiteral("application/x-stillwick-rows");
-}
-
-} // namespace
-
 /// The selected rows of the section in which the current one stands.
-SectionedListView::Dragged SectionedListView::rowsToMove() const {
+QModelIndexList SectionedListView::rowsToMove() const {
+    QModelIndexList rows;
     if (!currentIndex().isValid())
-        return {};
-    Dragged rows{m_model->placeOf(currentIndex().row()).section, {}};
+        return rows;
+    const int section = m_model->placeOf(currentIndex().row()).section;
     for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
-        const auto place = m_model->placeOf(index.row());
-        if (place.section == rows.section)
-            rows.offsets.push_back(place.offset);
+        if (m_model->placeOf(index.row()).section == section)
+            rows.push_back(index);
     }
-    std::ranges::sort(rows.offsets);
     return rows;
 }
 
-void SectionedListView::requestMove(const Dragged& rows, int destination) {
-    if (rows.offsets.isEmpty())
-        return;
+void SectionedListView::requestMove(const MovingRows& rows, int destination) {
     const int first = rows.offsets.first();
     const int last = rows.offsets.last();
     const bool isOneBlock = last - first + 1 == rows.offsets.size();
@@ -48,16 +37,20 @@ void SectionedListView::requestMove(const Dragged& rows, int destination) {
 }
 
 void SectionedListView::moveByOne(bool isDown) {
-    const Dragged rows = rowsToMove();
-    if (rows.offsets.isEmpty())
+    const QModelIndexList indexes = rowsToMove();
+    if (indexes.isEmpty())
         return;
+    MovingRows rows{m_model->placeOf(indexes.first().row()).section, {}};
+    for (const QModelIndex& index : indexes)
+        rows.offsets.push_back(m_model->placeOf(index.row()).offset);
+    std::ranges::sort(rows.offsets);
     const auto count = int(m_model->sections().at(rows.section).rows.size());
     const int destination = isDown ? rows.offsets.last() + 2 : rows.offsets.first() - 1;
     requestMove(rows, std::clamp(destination, 0, count));
     scrollTo(currentIndex());
 }
 
-QPixmap SectionedListView::dragPicture() const {
+QPixmap SectionedListView::dragPicture(int rowCount) const {
     const QRect row = visualRect(currentIndex());
     const qreal ratio = devicePixelRatioF();
     QPixmap picture((QSizeF(row.size()) * ratio).toSize());
@@ -70,8 +63,8 @@ QPixmap SectionedListView::dragPicture() const {
     option.rect = QRect(QPoint(0, 0), row.size());
     option.state |= QStyle::State_Selected | QStyle::State_Active;
     itemDelegate()->paint(&painter, option, currentIndex());
-    if (m_dragged.offsets.size() > 1) {
-        const QString count = QString::number(m_dragged.offsets.size());
+    if (rowCount > 1) {
+        const QString count = QString::number(rowCount);
         painter.setOpacity(1);
         painter.setFont(styledFont(TextStyle::headline));
         const int width = std::max(22, painter.fontMetrics().horizontalAdvance(count) + 12);
@@ -84,16 +77,14 @@ QPixmap SectionedListView::dragPicture() const {
 }
 
 void SectionedListView::startDrag(Qt::DropActions /*actions*/) {
-    m_dragged = rowsToMove();
-    if (m_dragged.offsets.isEmpty())
+    const QModelIndexList rows = rowsToMove();
+    if (rows.isEmpty())
         return;
-    auto* payload = new QMimeData;
-    payload->setData(rowsFormat(), m_model->sections().at(m_dragged.section).id.toByteArray());
     auto* drag = new QDrag(this);
-    drag->setMimeData(payload);
-    const QRect row = visualRect(currentIndex());
-    drag->setPixmap(dragPicture());
-    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - row.topLeft());
+    drag->setMimeData(m_model->mimeData(rows));
+    drag->setPixmap(dragPicture(int(rows.size())));
+    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) -
+                     visualRect(currentIndex()).topLeft());
     drag->exec(Qt::MoveAction);
     setDestination(std::nullopt);
     setState(NoState);
@@ -101,24 +92,24 @@ void SectionedListView::startDrag(Qt::DropActions /*actions*/) {
 
 /// Before which of the dragged rows' section the position is; none outside of it.
 std::optional<int> SectionedListView::destinationAt(const QPoint& position) const {
-    const auto count = int(m_model->sections().value(m_dragged.section).rows.size());
+    const auto count = int(m_model->sections().value(m_dragged->section).rows.size());
     const QModelIndex index = indexAt(position);
     if (!index.isValid()) { // below the last row
-        const bool isLast = m_dragged.section == int(m_model->sections().size()) - 1;
+        const bool isLast = m_dragged->section == int(m_model->sections().size()) - 1;
         return isLast ? std::optional(count) : std::nullopt;
     }
     const auto place = m_model->placeOf(index.row());
     const bool isUpperHalf = position.y() < visualRect(index).center().y();
-    if (place.section == m_dragged.section)
+    if (place.section == m_dragged->section)
         return place.offset < 0 ? 0 : place.offset + (isUpperHalf ? 0 : 1);
-    if (place.offset < 0 && place.section == m_dragged.section + 1 && isUpperHalf)
+    if (place.offset < 0 && place.section == m_dragged->section + 1 && isUpperHalf)
         return count;
     return std::nullopt;
 }
 
 /// The height of the line before that row, in the viewport.
 int SectionedListView::lineAt(int destination) const {
-    const ListSection& section = m_model->sections().at(m_dragged.section);
+    const ListSection& section = m_model->sections().at(m_dragged->section);
     if (destination < section.rows.size())
         return visualRect(m_model->indexOf(section.rows.at(destination))).top();
     return visualRect(m_model->indexOf(section.rows.last())).bottom();
@@ -131,15 +122,19 @@ void SectionedListView::setDestination(std::optional<int> destination) {
     viewport()->update();
 }
 
+/// Whether its own rows are dragged, and not, say, a film that is meant for the window.
+bool SectionedListView::takes(const QDropEvent& event) {
+    m_dragged = m_model->movingRows(*event.mimeData());
+    return m_dragged.has_value();
+}
+
 void SectionedListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->source() == this && event->mimeData()->hasFormat(rowsFormat()))
-        event->acceptProposedAction();
-    else
-        event->ignore(); // for the window behind: a film, perhaps
+    event->setDropAction(Qt::MoveAction);
+    event->setAccepted(takes(*event));
 }
 
 void SectionedListView::dragMoveEvent(QDragMoveEvent* event) {
-    if (event->source() != this) {
+    if (!takes(*event)) {
         event->ignore();
         return;
     }
@@ -156,13 +151,13 @@ void SectionedListView::dragLeaveEvent(QDragLeaveEvent* event) {
 
 void SectionedListView::dropEvent(QDropEvent* event) {
     const std::optional<int> destination =
-        event->source() == this ? destinationAt(event->position().toPoint()) : std::nullopt;
+        takes(*event) ? destinationAt(event->position().toPoint()) : std::nullopt;
     stopAutoScroll();
     setState(NoState);
     setDestination(std::nullopt);
     event->setAccepted(destination.has_value());
     if (destination)
-        requestMove(m_dragged, *destination);
+        requestMove(*m_dragged, *destination);
 }
 
 } // namespace stillwick

@@ -54,6 +54,7 @@ SectionedListView::SectionedListView(SectionedListModel::RowSource rowSource,
     setAcceptDrops(true);
     setDropIndicatorShown(false); // ours is drawn between rows of one section only
     setMouseTracking(true);
+    viewport()->setBackgroundRole(QPalette::Window);
     viewport()->setAttribute(Qt::WA_Hover);
     verticalScrollBar()->setSingleStep(SectionedListDelegate::rowHeight / 2);
     connect(this, &QListView::activated, this,
@@ -152,6 +153,12 @@ void SectionedListView::setSelectedRows(const QSet<QUuid>& rows) {
 void SectionedListView::scrollToRow(const QUuid& row) {
     executeDelayedItemsLayout();
     scrollTo(m_model->indexOf(row));
+}
+
+QRect SectionedListView::visualRect(const QModelIndex& index) const {
+    QRect rect = QListView::visualRect(index);
+    rect.setWidth(viewport()->width()); // the toolkit keeps the greatest width that the list has had
+    return rect;
 }
 
 void SectionedListView::selectionChanged(const QItemSelection& selected,

@@ -53,6 +53,7 @@ public:
     /// The widget that the factory made; none for an unknown section.
     [[nodiscard]] QWidget* headerOf(const QUuid& section) const;
 
+    [[nodiscard]] QRect visualRect(const QModelIndex& index) const override;
     [[nodiscard]] const SectionedListModel& listModel() const { return *m_model; }
     [[nodiscard]] SectionHeaderHost* headerHost(int row) const;
     /// For the delegate: a box that turns was painted there.
@@ -85,27 +86,25 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    struct Dragged {
-        int section = -1;
-        QList<int> offsets;
-    };
+    using MovingRows = SectionedListModel::MovingRows;
 
     void makeHeaders();
     void orderTabs();
-    [[nodiscard]] Dragged rowsToMove() const;
-    void requestMove(const Dragged& rows, int destination);
+    [[nodiscard]] QModelIndexList rowsToMove() const;
+    void requestMove(const MovingRows& rows, int destination);
     void moveByOne(bool isDown);
+    bool takes(const QDropEvent& event);
     [[nodiscard]] std::optional<int> destinationAt(const QPoint& position) const;
     [[nodiscard]] int lineAt(int destination) const;
     void setDestination(std::optional<int> destination);
-    [[nodiscard]] QPixmap dragPicture() const;
+    [[nodiscard]] QPixmap dragPicture(int rowCount) const;
     [[nodiscard]] int neighbour(int row, int direction) const;
 
     SectionedListModel* m_model;
     HeaderFactory m_headerFactory;
     QHash<QUuid, QWidget*> m_headers;
     bool m_isShowing = false; // what happens to the selection is not the user's doing
-    Dragged m_dragged;
+    std::optional<MovingRows> m_dragged; // over the list
     std::optional<int> m_destination;
     QRegion m_progressRegion;
     QTimer m_progressTimer;

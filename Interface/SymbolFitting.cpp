@@ -17,15 +17,17 @@ namespace {
 /// How one axis of the drawing is laid on pixels: a broken line through the places that were fitted.
 class AxisFit {
 public:
-    void setScale(double scale) { m_scale = scale; }
+    AxisFit(double scale, double middle) : m_scale(scale), m_middle(middle * scale) {}
 
     /// A line or an edge lies at that coordinate; `halfWidth` is half its stroke, in pixels.
     void add(double coordinate, double halfWidth) {
         const double place = coordinate * m_scale;
-        const double before = std::round(place - halfWidth) + halfWidth;
-        const double behind = std::round(place + halfWidth) - halfWidth;
-        const bool takesBefore = std::abs(before - place) <= std::abs(behind - place);
-        m_places[coordinate] = takesBefore ? before : behind;
+        // What is farther out decides where both would do: so the two sides mirror each other.
+        const double outwards = place < m_middle ? -1 : 1;
+        const double outer = toGrid(place + outwards * halfWidth) - outwards * halfWidth;
+        const double inner = toGrid(place - outwards * halfWidth) + outwards * halfWidth;
+        const bool takesOuter = std::abs(outer - place) <= std::abs(inner - place) + 1e-9;
+        m_places[coordinate] = takesOuter ? outer : inner;
     }
 
     /// A line along the middle stays there, or the drawing would lean to one side.
@@ -43,12 +45,17 @@ public:
     }
 
 private:
+    /// The nearest border between two pixels; of two as near, the one farther from the middle.
+    [[nodiscard]] double toGrid(double place) const {
+        return place < m_middle ? std::ceil(place - 0.5) : std::floor(place + 0.5);
+    }
     [[nodiscard]] double beside(const std::pair<const double, double>& place,
                                 double coordinate) const {
         return place.second + (coordinate - place.first) * m_scale;
     }
 
-    double m_scale = 1;
+    double m_scale;
+    double m_middle;
     std::map<double, double> m_places;
 };
 
@@ -74,9 +81,7 @@ class Fitting {
 public:
     Fitting(double viewBoxSide, double strokeWidth, int side)
         : m_scale(side / viewBoxSide), m_halfWidth(strokeWidth * m_scale / 2),
-          m_middle(viewBoxSide / 2) {
-        m_x.setScale(m_scale);
-        m_y.setScale(m_scale);
+          m_middle(viewBoxSide / 2), m_x(m_scale, m_middle), m_y(m_scale, m_middle) {
         m_x.keep(0);
         m_y.keep(0);
         m_x.keep(viewBoxSide);

@@ -33,12 +33,12 @@ constexpr std::array table{
     Shades{ThemeColor::disabledText, 0xff9c9caa, 0xff6c6c78},
     Shades{ThemeColor::accent, 0xff4f4bd0, 0xffa3a5ff},
     Shades{ThemeColor::accentFill, 0xff5552d9, 0xff5e5be6},
-    Shades{ThemeColor::accentHover, 0xff4a47cc, 0xff6865ee},
+    Shades{ThemeColor::accentHover, 0xff4a47cc, 0xff6562eb},
     Shades{ThemeColor::accentPressed, 0xff3f3cb4, 0xff4f4ccf},
     Shades{ThemeColor::onAccent, 0xffffffff, 0xffffffff},
     Shades{ThemeColor::selectionTint, 0xffe0e0f6, 0xff34345a},
-    Shades{ThemeColor::destructive, 0xffc22f2a, 0xffff7a70},
-    Shades{ThemeColor::warning, 0xffa35a00, 0xffffb84d},
+    Shades{ThemeColor::destructive, 0xffb3261e, 0xffff7a70},
+    Shades{ThemeColor::warning, 0xff8a4b00, 0xffffb84d},
 };
 
 /// A channel's part in the light that a colour gives.

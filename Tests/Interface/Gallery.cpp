@@ -1,5 +1,5 @@
 // All symbols, or all widgets at work, as pictures to look at:
-//     interface-gallery symbols|widgets|popover|menu|alert|empty light|dark FILE.png
+//     interface-gallery symbols|widgets|focus|popover|menu|alert|empty|icon light|dark FILE.png
 // QT_SCALE_FACTOR sets the density.
 #include "Interface/Alert.h"
 #include "Interface/Buttons.h"
@@ -78,6 +78,18 @@ QImage symbolSheet() {
         symbolIcon(names.at(i)).paint(&painter, left + 32, y + 18, 20, 20, Qt::AlignCenter,
                                       QIcon::Disabled);
         symbolIcon(names.at(i), ThemeColor::accent).paint(&painter, left + 60, y + 18, 20, 20);
+    }
+    return sheet;
+}
+
+QImage iconSheet() {
+    QImage sheet(720, 288, QImage::Format_ARGB32_Premultiplied);
+    sheet.fill(QApplication::palette().color(QPalette::Window));
+    QPainter painter(&sheet);
+    int left = 16;
+    for (const int side : {256, 128, 64, 48, 32, 24, 16}) {
+        painter.drawPixmap(left, 16, applicationIcon().pixmap(QSize(side, side), 1.0));
+        left += side + 16;
     }
     return sheet;
 }
@@ -387,6 +399,8 @@ void settle() {
 QImage picture(const QString& kind) {
     if (kind == u"symbols")
         return symbolSheet();
+    if (kind == u"icon")
+        return iconSheet();
     QMainWindow* window = demoWindow(kind == u"empty");
     settle();
     QWidget* shown = window;
@@ -418,7 +432,7 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 4) {
-        std::fputs("interface-gallery symbols|widgets|focus|popover|menu|alert|empty light|dark "
+        std::fputs("interface-gallery symbols|widgets|focus|popover|menu|alert|empty|icon light|dark "
                    "FILE.png\n",
                    stderr);
         return 2;
