@@ -1,36 +1,20 @@
 #include "Stillwick/AnnotationRenderer.h"
 
 #include "Imaging/StraightAlpha.h"
+#include "Stillwick/AnnotationGeometry.h"
 
 #include <QColorSpace>
 #include <QLineF>
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace stillwick::AnnotationRenderer {
 
 namespace {
 
 constexpr double leastStroke = 1;
-constexpr double leastBarb = 8;
-constexpr double barbPerStroke = 3.5;
-constexpr double barbAngle = 0.45; ///< radians off the shaft
-
-QPainterPath arrowHead(const QLineF& shaft, double stroke) {
-    const double direction = std::atan2(shaft.dy(), shaft.dx());
-    const double length = std::max(stroke * barbPerStroke, leastBarb);
-    QPainterPath head;
-    for (const double side : {-barbAngle, barbAngle}) {
-        const double angle = direction + std::numbers::pi + side;
-        head.moveTo(shaft.p2());
-        head.lineTo(shaft.p2() + length * QPointF(std::cos(angle), std::sin(angle)));
-    }
-    return head;
-}
 
 QColor colorOf(const Annotation& mark) {
     const auto component = [](double value) {
@@ -66,7 +50,7 @@ void drawMark(QPainter& painter, const Annotation& mark, const QSizeF& size) {
     else
         drawSegment(painter, line);
     if (mark.kind == AnnotationKind::arrow)
-        painter.drawPath(arrowHead(line, stroke));
+        painter.drawPath(AnnotationGeometry::arrowHead(line.p1(), line.p2(), stroke));
 }
 
 QImage inSrgb(const QImage& image) {

@@ -82,7 +82,9 @@ QCoro::Task<> AppState::exportToEnd(ExportJob job, QUrl folder) {
     if (!self)
         co_return;
     set(m_progress, {m_progress.completed, m_progress.total, false}, &AppState::progressChanged);
-    set(m_exportFinishedFolder, folder, &AppState::exportFinishedFolderChanged);
+    // Told again where the export before went to the same folder.
+    m_exportFinishedFolder = folder;
+    emit exportFinishedFolderChanged();
 }
 
 void AppState::openExportFolder() {

@@ -3,6 +3,7 @@
 #include "Stillwick/TimeText.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -42,6 +43,12 @@ std::optional<QColor> parseColor(const QString& text) {
                   match.hasCaptured(4) ? component(4) : 255);
 }
 
+/// Whether the word is meant as a file: one that exists, or one that no command looks like.
+bool isFileName(const QString& word) {
+    return !word.startsWith(u'-') &&
+           (word.contains(u'/') || word.contains(u'.') || QFileInfo::exists(word));
+}
+
 /// Takes words one by one and remembers the first fault.
 class Parser {
 public:
@@ -62,6 +69,8 @@ public:
             m_verb = Capture;
         else if (command == QStringLiteral("export"))
             m_verb = Export;
+        else if (isFileName(command))
+            return WindowCommand{QStringList(command) + m_words};
         else
             return UsageError{QStringLiteral("Commande inconnue : « %1 ».").arg(command)};
         while (m_fault.isEmpty() && !m_words.isEmpty())
@@ -272,6 +281,8 @@ Command parseCommandLine(const QStringList& arguments) {
 QString usageText() {
     return QStringLiteral(
         "Utilisation :\n"
+        "  stillwick [VIDÉO | PROJET …]\n"
+        "      La fenêtre.\n"
         "  stillwick still VIDÉO --at INSTANT -o FICHIER.png\n"
         "      L'image entière, exactement à cet instant.\n"
         "  stillwick capture VIDÉO --at INSTANT [--at INSTANT …] -o DOSSIER [OPTIONS]\n"

@@ -53,8 +53,10 @@ struct ExportCommand {
     ExportMode mode = ExportMode::merged;
 };
 
-/// No command: the window.
-struct WindowCommand {};
+/// No command: the window, on these films and projects.
+struct WindowCommand {
+    QStringList files = {};
+};
 /// Text asked for (--help, --version).
 struct TextCommand {
     QString text;

@@ -1,6 +1,7 @@
-// The program: the command line, and later the window.
+// The program: the window, or a command of the command line.
 #include "Desktop/Interruption.h"
 #include "Stillwick/CommandRunner.h"
+#include "Stillwick/StillwickApp.h"
 
 #include <QCoreApplication>
 
@@ -54,12 +55,7 @@ struct Starter {
                       ExitStatus::NothingDone);
     }
     QCoro::Task<ExitStatus> operator()(const WindowCommand& /*command*/) const {
-        return finish(
-            stderr,
-            QStringLiteral("La fenêtre n'existe pas encore dans cette version : voici les "
-                           "commandes.\n\n") +
-                usageText().trimmed(),
-            ExitStatus::NothingDone);
+        return finish(stderr, {}, ExitStatus::NothingDone); // has a loop of its own
     }
 
 private:
@@ -83,10 +79,15 @@ QCoro::Task<> runAndQuit(Command command, std::stop_token stop) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("stillwick"));
     QCoreApplication::setApplicationVersion(QStringLiteral(STILLWICK_VERSION));
-    const Command command = parseCommandLine(QCoreApplication::arguments().mid(1));
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    const Command command = parseCommandLine(words);
+    if (const auto* window = std::get_if<WindowCommand>(&command))
+        return runWindows(argc, argv, *window);
+    const QCoreApplication application(argc, argv);
     std::stop_source stop;
     std::optional<Interruption> interruption;
     // Any other command may be ended at any moment.

@@ -156,6 +156,15 @@ TEST(CommandLine, WithoutAWordTheWindowIsMeant) {
     EXPECT_TRUE(std::holds_alternative<WindowCommand>(parse({})));
 }
 
+TEST(CommandLine, FilesAloneAreForTheWindow) {
+    const Command command = parse({"film.mp4", "dossier/séance.stillwick"});
+    const auto* window = std::get_if<WindowCommand>(&command);
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->files, (QStringList{QStringLiteral("film.mp4"),
+                                          QStringLiteral("dossier/séance.stillwick")}));
+    EXPECT_EQ(faultOf({"exporter"}), QStringLiteral("Commande inconnue : « exporter »."));
+}
+
 TEST(CommandLine, EveryFaultNamesTheWordAtFault) {
     using testing::HasSubstr;
     const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {

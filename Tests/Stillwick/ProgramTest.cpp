@@ -129,10 +129,17 @@ TEST(Program, ABadOptionNamesItselfAndShowsTheUsage) {
     EXPECT_TRUE(ending.output.isEmpty());
 }
 
-TEST(Program, WithoutACommandItSaysThatTheWindowIsStillToCome) {
-    const Ending ending = run({});
-    EXPECT_EQ(ending.status, 2);
-    EXPECT_TRUE(ending.complaints.startsWith(QStringLiteral("La fenêtre n'existe pas encore")));
+TEST(Program, WithoutAScreenItSaysThatTheWindowCannotOpen) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(QString::fromUtf8(name));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(STILLWICK_PROGRAM), QStringList());
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 2);
+    EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError())
+                    .startsWith(QStringLiteral("Aucun écran")));
 }
 
 TEST(Program, HelpGoesToStandardOutput) {

@@ -1,0 +1,72 @@
+#include "Stillwick/AppStateFocus.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+#include <QWidget>
+
+namespace stillwick {
+
+bool isTextBeingEdited() {
+    const QWidget* const focus = QApplication::focusWidget();
+    if (const auto* line = qobject_cast<const QLineEdit*>(focus))
+        return !line->isReadOnly();
+    if (const auto* text = qobject_cast<const QPlainTextEdit*>(focus))
+        return !text->isReadOnly();
+    if (const auto* text = qobject_cast<const QTextEdit*>(focus))
+        return !text->isReadOnly();
+    return false;
+}
+
+KeyboardCoordinator& KeyboardCoordinator::shared() {
+    // The application owns it, for it watches the application.
+    static const QPointer<KeyboardCoordinator> coordinator(new KeyboardCoordinator);
+    return *coordinator;
+}
+
+KeyboardCoordinator::KeyboardCoordinator() : QObject(QCoreApplication::instance()) {
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+void KeyboardCoordinator::setFocusedState(AppState* state) {
+    if (m_focusedState == state)
+        return;
+    m_focusedState = state;
+    emit focusedStateChanged();
+}
+
+bool KeyboardCoordinator::eventFilter(QObject* watched, QEvent* event) {
+    // Each key is seen first where it enters the window, then at the widget that has the focus.
+    if (event->type() == QEvent::KeyPress && watched->isWindowType()) {
+        const auto& key = static_cast<const QKeyEvent&>(*event);
+        if (takes(key)) {
+            if (!key.isAutoRepeat())
+                m_focusedState->togglePlayPause();
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+bool KeyboardCoordinator::takes(const QKeyEvent& event) const {
+    return event.key() == Qt::Key_Space && m_focusedState && m_focusedState->hasVideo() &&
+           QApplication::activeModalWidget() == nullptr &&
+           QApplication::activePopupWidget() == nullptr && !isTextBeingEdited();
+}
+
+WindowFocusReporter::WindowFocusReporter(AppState& state, QWidget& window)
+    : QObject(&window), m_state(state) {
+    window.installEventFilter(this);
+    if (window.isActiveWindow())
+        KeyboardCoordinator::shared().setFocusedState(&state);
+}
+
+bool WindowFocusReporter::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::WindowActivate)
+        KeyboardCoordinator::shared().setFocusedState(&m_state);
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace stillwick

@@ -1,0 +1,124 @@
+#include "Stillwick/BigPreview.h"
+
+#include "Interface/Checkerboard.h"
+#include "Interface/EmptyPanel.h"
+#include "Interface/ProgressIndicator.h"
+#include "Interface/Theme.h"
+#include "Stillwick/AnnotationCanvas.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace stillwick {
+
+namespace {
+
+constexpr int leastHeight = 160;
+constexpr int padding = 8;
+constexpr double radius = 8;
+constexpr double squareSize = 12;
+constexpr int roughly = 2; // times the size wanted
+
+} // namespace
+
+BigPreview::BigPreview(QWidget* parent)
+    : QWidget(parent), m_canvas(new AnnotationCanvas(this)),
+      m_empty(new EmptyPanel(u"photo", QStringLiteral("Aucun aperçu"),
+                             QStringLiteral("Capturez une image pour prévisualiser les rendus."),
+                             this)),
+      m_progress(new ProgressIndicator(this)) {
+    setMinimumHeight(leastHeight);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setAccessibleName(QStringLiteral("Aperçu du détourage"));
+    showNothing();
+}
+
+void BigPreview::showImage(const QImage& image) {
+    if (image.cacheKey() == m_image.cacheKey())
+        return;
+    m_image = image;
+    m_scaled = {};
+    m_canvas->show();
+    m_empty->hide();
+    m_progress->hide();
+    place();
+    update();
+}
+
+void BigPreview::showNothing() {
+    m_image = {};
+    m_canvas->hide();
+    m_progress->hide();
+    m_empty->show();
+    place();
+    update();
+}
+
+void BigPreview::showProgress() {
+    m_image = {};
+    m_canvas->hide();
+    m_empty->hide();
+    m_progress->show();
+    place();
+    update();
+}
+
+QSize BigPreview::minimumSizeHint() const {
+    return {leastHeight, leastHeight};
+}
+
+QRect BigPreview::imageRect() const {
+    if (m_image.isNull())
+        return {};
+    const QRect room = rect().adjusted(padding, padding, -padding, -padding);
+    QRect fitted(QPoint(), m_image.size().scaled(room.size(), Qt::KeepAspectRatio));
+    fitted.moveCenter(room.center());
+    return fitted;
+}
+
+void BigPreview::place() {
+    m_empty->setGeometry(rect());
+    QRect middle(QPoint(), m_progress->sizeHint());
+    middle.moveCenter(rect().center());
+    m_progress->setGeometry(middle);
+    m_canvas->setGeometry(imageRect());
+}
+
+void BigPreview::resizeEvent(QResizeEvent* /*event*/) {
+    m_scaled = {};
+    place();
+}
+
+// A first step by whole pixels keeps the smooth one cheap for large pictures.
+const QImage& BigPreview::scaledImage() {
+    const QSize target = (QSizeF(imageRect().size()) * devicePixelRatioF()).toSize();
+    if (m_scaled.size() == target)
+        return m_scaled;
+    const bool isMuchLarger = m_image.width() > 2 * roughly * target.width();
+    const QImage rough = isMuchLarger ? m_image.scaled(target * roughly) : m_image;
+    m_scaled = rough.convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                   .scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return m_scaled;
+}
+
+void BigPreview::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    constexpr double halfLine = 0.5;
+    QPainterPath outline;
+    outline.addRoundedRect(
+        QRectF(rect()).adjusted(halfLine, halfLine, -halfLine, -halfLine), radius, radius);
+    painter.setClipPath(outline);
+    if (m_image.isNull()) {
+        painter.fillRect(rect(), themeColor(ThemeColor::controlBackground, palette()));
+    } else {
+        paintCheckerboard(painter, rect(), squareSize);
+        painter.drawImage(imageRect(), scaledImage());
+    }
+    painter.setClipping(false);
+    painter.setPen(themeColor(ThemeColor::separator, palette()));
+    painter.drawPath(outline);
+}
+
+} // namespace stillwick

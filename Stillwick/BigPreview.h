@@ -1,0 +1,46 @@
+// The cut-out at large, with its marks. Main thread.
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+
+namespace stillwick {
+
+class AnnotationCanvas;
+class EmptyPanel;
+class ProgressIndicator;
+
+/// Shows a cut-out on a checkerboard with the canvas exactly over it; or that there is none; or that
+/// it is being made.
+class BigPreview final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BigPreview(QWidget* parent = nullptr);
+
+    void showImage(const QImage& image);
+    void showNothing();
+    void showProgress();
+
+    [[nodiscard]] AnnotationCanvas& canvas() const { return *m_canvas; }
+    /// Where the cut-out is.
+    [[nodiscard]] QRect imageRect() const;
+    [[nodiscard]] const QImage& image() const noexcept { return m_image; }
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void place();
+    [[nodiscard]] const QImage& scaledImage();
+
+    QImage m_image;
+    QImage m_scaled; ///< as large as it is shown; null until it is painted
+    AnnotationCanvas* m_canvas;
+    EmptyPanel* m_empty;
+    ProgressIndicator* m_progress;
+};
+
+} // namespace stillwick
