@@ -28,7 +28,6 @@ int runWindows(int& argc, char** argv, const WindowCommand& command) {
         return 2;
     }
     QApplication application(argc, argv);
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Stillwick"));
     QGuiApplication::setDesktopFileName(QStringLiteral("stillwick"));
     installLook(application);
     (void)KeyboardCoordinator::shared(); // watches the keys from launch on
