@@ -94,8 +94,7 @@ private:
 
 class BusyInterface final : public QAccessibleWidget {
 public:
-    explicit BusyInterface(QWidget* widget)
-        : QAccessibleWidget(widget, QAccessible::ProgressBar) {}
+    explicit BusyInterface(QWidget* widget) : QAccessibleWidget(widget, QAccessible::ProgressBar) {}
 
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();

@@ -3,8 +3,8 @@
 
 namespace stillwick {
 
-/// Makes our widgets known to assistive technologies with their roles, values and states. Calling it again
-/// changes nothing.
+/// Makes our widgets known to assistive technologies with their roles, values and states. Calling
+/// it again changes nothing.
 void installAccessibility();
 
 } // namespace stillwick

@@ -35,12 +35,12 @@ void addDismissal(QMessageBox& alert) {
     alert.setDefaultButton(button);
 }
 
-/// Wide enough for a sentence. The layout is made anew whenever something is added: this comes last.
+/// Wide enough for a sentence. The layout is made anew whenever something is added: this comes
+/// last.
 void open(QMessageBox& alert) {
     if (auto* grid = qobject_cast<QGridLayout*>(alert.layout())) {
         constexpr int leastWidth = 380;
-        grid->addItem(new QSpacerItem(leastWidth, 0), grid->rowCount(), 0, 1,
-                      grid->columnCount());
+        grid->addItem(new QSpacerItem(leastWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
     }
     alert.open();
 }

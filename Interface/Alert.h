@@ -10,9 +10,9 @@ class QWidget;
 
 namespace stillwick {
 
-/// Opens a notice titled "Erreur" over the window, with the one button "OK"; `dismissed` is called when it is
-/// gone, however it went. Does not wait.
-/// *Lifetime*: the notice goes with its window, and then calls nobody.
+/// Opens a notice titled "Erreur" over the window, with the one button "OK"; `dismissed` is called
+/// when it is gone, however it went. Does not wait. *Lifetime*: the notice goes with its window,
+/// and then calls nobody.
 QMessageBox* openErrorAlert(QWidget* window, const QString& message,
                             std::function<void()> dismissed = {});
 

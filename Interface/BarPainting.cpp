@@ -64,8 +64,7 @@ void paintSlider(QPainter& painter, const QStyleOptionSlider& option, const QRec
     fillRounded(painter, groove, radius, themeColor(ThemeColor::groove, option.palette));
     const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
     fillRounded(painter, filledPart(groove, handle.center(), option), radius,
-                themeColor(isEnabled ? ThemeColor::accentFill : ThemeColor::thumb,
-                           option.palette));
+                themeColor(isEnabled ? ThemeColor::accentFill : ThemeColor::thumb, option.palette));
     paintHandle(painter, option, handle);
 }
 
@@ -84,9 +83,9 @@ void paintScrollBar(QPainter& painter, const QStyleOptionSlider& option, const Q
                           option.activeSubControls.testFlag(QStyle::SC_ScrollBarSlider);
     const double thickness = isActive ? 8 : 6;
     const QRectF bar = middleOf(thumb, option.orientation, thickness);
-    fillRounded(painter, bar, thickness / 2,
-                themeColor(isActive ? ThemeColor::disabledText : ThemeColor::thumb,
-                           option.palette));
+    fillRounded(
+        painter, bar, thickness / 2,
+        themeColor(isActive ? ThemeColor::disabledText : ThemeColor::thumb, option.palette));
 }
 
 void paintProgressBar(QPainter& painter, const QStyleOptionProgressBar& option) {
@@ -99,8 +98,7 @@ void paintProgressBar(QPainter& painter, const QStyleOptionProgressBar& option) 
         return;
     QRectF filled = groove;
     filled.setWidth(std::max(thickness, groove.width() * part));
-    fillRounded(painter, filled, thickness / 2,
-                themeColor(ThemeColor::accentFill, option.palette));
+    fillRounded(painter, filled, thickness / 2, themeColor(ThemeColor::accentFill, option.palette));
 }
 
 } // namespace stillwick

@@ -33,8 +33,8 @@ void paintProminentPanel(QPainter& painter, const QStyleOptionButton& option) {
                       themeColor(ThemeColor::separator, option.palette));
         return;
     }
-    const ThemeColor ground = byState(option, ThemeColor::accentFill, ThemeColor::accentHover,
-                                      ThemeColor::accentPressed);
+    const ThemeColor ground =
+        byState(option, ThemeColor::accentFill, ThemeColor::accentHover, ThemeColor::accentPressed);
     fillRounded(painter, rect, controlRadius, themeColor(ground, option.palette));
     if (showsFocus(option)) { // an inner frame, for the ground is of the ring's colour
         paintFocusRing(painter, rect, controlRadius, option.palette);
@@ -56,11 +56,10 @@ void paintIndicatorGround(QPainter& painter, const QStyleOption& option, double 
         const ThemeColor ground = byState(option, ThemeColor::fieldBackground,
                                           ThemeColor::controlHover, ThemeColor::controlPressed);
         fillRounded(painter, rect, radius,
-                    themeColor(isEnabled ? ground : ThemeColor::controlBackground,
-                               option.palette));
-        strokeRounded(painter, rect, radius,
-                      themeColor(isEnabled ? ThemeColor::thumb : ThemeColor::controlBorder,
-                                 option.palette));
+                    themeColor(isEnabled ? ground : ThemeColor::controlBackground, option.palette));
+        strokeRounded(
+            painter, rect, radius,
+            themeColor(isEnabled ? ThemeColor::thumb : ThemeColor::controlBorder, option.palette));
     }
     if (showsFocus(option))
         paintFocusRing(painter, rect.adjusted(-2, -2, 2, 2), radius + 2, option.palette);
@@ -91,14 +90,14 @@ void paintPushButtonPanel(QPainter& painter, const QStyleOptionButton& option,
     }
     const bool isEnabled = has(option, QStyle::State_Enabled);
     const QRectF rect(option.rect);
-    const ThemeColor ground =
-        isEnabled ? byState(option, ThemeColor::control, ThemeColor::controlHover,
-                            ThemeColor::controlPressed)
-                  : ThemeColor::window;
+    const ThemeColor ground = isEnabled
+                                  ? byState(option, ThemeColor::control, ThemeColor::controlHover,
+                                            ThemeColor::controlPressed)
+                                  : ThemeColor::window;
     fillRounded(painter, rect, controlRadius, themeColor(ground, option.palette));
-    strokeRounded(painter, rect, controlRadius,
-                  themeColor(isEnabled ? ThemeColor::controlBorder : ThemeColor::separator,
-                             option.palette));
+    strokeRounded(
+        painter, rect, controlRadius,
+        themeColor(isEnabled ? ThemeColor::controlBorder : ThemeColor::separator, option.palette));
     if (showsFocus(option))
         paintFocusRing(painter, rect, controlRadius, option.palette);
 }
@@ -134,8 +133,8 @@ void paintCheckBox(QPainter& painter, const QStyleOption& option) {
     }
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(indicatorMarkColor(option), 1.75 * unit, Qt::SolidLine, Qt::RoundCap,
-                        Qt::RoundJoin));
+    painter.setPen(
+        QPen(indicatorMarkColor(option), 1.75 * unit, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(mark);
     painter.restore();
 }

@@ -13,8 +13,7 @@ QString spaced(const QString& text) {
 
 } // namespace
 
-SymbolButton::SymbolButton(QStringView symbol, const QString& help, Border border,
-                           QWidget* parent)
+SymbolButton::SymbolButton(QStringView symbol, const QString& help, Border border, QWidget* parent)
     : QPushButton(parent) {
     setFlat(border == Border::none);
     setAutoDefault(false);

@@ -15,8 +15,7 @@ class SymbolButton final : public QPushButton {
 public:
     enum class Border { none, thin };
 
-    SymbolButton(QStringView symbol, const QString& help, Border border,
-                 QWidget* parent = nullptr);
+    SymbolButton(QStringView symbol, const QString& help, Border border, QWidget* parent = nullptr);
 
     void setSymbol(QStringView symbol, ThemeColor color = ThemeColor::text);
     void setHelp(const QString& help);

@@ -62,7 +62,9 @@ QColor colorOfCode(QString code) {
             full += QString(2, digit);
         code = full;
     }
-    const auto channel = [&code](int index) { return code.mid(2 * index, 2).toInt(nullptr, 16); };
+    const auto channel = [&code](int index) {
+        return code.mid(2 * index, 2).toInt(nullptr, 16);
+    };
     return {channel(0), channel(1), channel(2), code.size() == 8 ? channel(3) : 255};
 }
 
@@ -113,8 +115,7 @@ void ColorSlider::paintEvent(QPaintEvent* /*event*/) {
     const double radius = knob.width() / 2;
     if (showsFocus(option))
         paintFocusRing(painter, knob.adjusted(-3, -3, 3, 3), radius + 3, palette());
-    strokeRounded(painter, knob.adjusted(-0.5, -0.5, 0.5, 0.5), radius + 0.5,
-                  QColor(0, 0, 0, 110));
+    strokeRounded(painter, knob.adjusted(-0.5, -0.5, 0.5, 0.5), radius + 0.5, QColor(0, 0, 0, 110));
     strokeRounded(painter, knob.adjusted(0.5, 0.5, -0.5, -0.5), radius - 0.5, Qt::white, 3);
 }
 
@@ -157,16 +158,15 @@ ColorPicker::ColorPicker(QWidget* parent) : QWidget(parent) {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
     column->addWidget(makeSwatches());
-    constexpr std::array<QStringView, channelCount> titles{u"Teinte", u"Saturation",
-                                                           u"Luminosité", u"Opacité"};
+    constexpr std::array<QStringView, channelCount> titles{u"Teinte", u"Saturation", u"Luminosité",
+                                                           u"Opacité"};
     for (std::size_t channel = 0; channel < channelCount; ++channel) {
         auto* slider = new ColorSlider;
         auto* line = new LabelledSlider(titles.at(channel).toString(), slider);
         if (channel == hue) {
             slider->setBounds(0, 360);
-            line->setValueText([](double value) {
-                return QStringLiteral("%1°").arg(std::lround(value));
-            });
+            line->setValueText(
+                [](double value) { return QStringLiteral("%1°").arg(std::lround(value)); });
         } else {
             line->setValueText(percent);
         }

@@ -50,8 +50,8 @@ private:
     bool m_isCurrent = false;
 };
 
-/// Swatches, sliders for hue, saturation, brightness and opacity, and the colour's hexadecimal code.
-/// *Shape*: sRGB with straight alpha.
+/// Swatches, sliders for hue, saturation, brightness and opacity, and the colour's hexadecimal
+/// code. *Shape*: sRGB with straight alpha.
 class ColorPicker final : public QWidget {
     Q_OBJECT
 
@@ -84,7 +84,8 @@ private:
 
 /// "#RRGGBB", or "#RRGGBBAA" where the colour is not opaque.
 [[nodiscard]] QString colorCode(const QColor& color);
-/// The colour of such a code, with or without its "#", three and four digits too; invalid for anything else.
+/// The colour of such a code, with or without its "#", three and four digits too; invalid for
+/// anything else.
 [[nodiscard]] QColor colorOfCode(QString code);
 
 /// Paints the colour over a checkerboard, so that its opacity shows.

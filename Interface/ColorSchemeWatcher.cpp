@@ -36,8 +36,8 @@ QString settingKey() {
 
 /// `Read` is older than `ReadOne` and every version has it; it wraps its answer once more.
 QDBusMessage question() {
-    QDBusMessage message = QDBusMessage::createMethodCall(service(), path(), interfaceName(),
-                                                          QStringLiteral("Read"));
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(service(), path(), interfaceName(), QStringLiteral("Read"));
     message << settingGroup() << settingKey();
     return message;
 }
@@ -58,10 +58,9 @@ ColorSchemeWatcher::ColorSchemeWatcher(ColorScheme withoutPreference, QDBusConne
         return;
     m_bus.connect(service(), path(), interfaceName(), QStringLiteral("SettingChanged"), this,
                   SLOT(onSettingChanged(QString, QString, QDBusVariant)));
-    auto* comings = new QDBusServiceWatcher(service(), m_bus,
-                                            QDBusServiceWatcher::WatchForRegistration, this);
-    connect(comings, &QDBusServiceWatcher::serviceRegistered, this,
-            &ColorSchemeWatcher::askLater);
+    auto* comings =
+        new QDBusServiceWatcher(service(), m_bus, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(comings, &QDBusServiceWatcher::serviceRegistered, this, &ColorSchemeWatcher::askLater);
     askAtOnce();
 }
 

@@ -11,15 +11,15 @@ class QDBusVariant;
 
 namespace stillwick {
 
-/// Knows the desktop's colour scheme and tells when it changes. Where no portal answers, or where it has no
-/// preference, the scheme is the given one.
-/// *Source*: XDG Desktop Portal, org.freedesktop.portal.Settings, "color-scheme": 0 none, 1 dark, 2 light.
+/// Knows the desktop's colour scheme and tells when it changes. Where no portal answers, or where
+/// it has no preference, the scheme is the given one. *Source*: XDG Desktop Portal,
+/// org.freedesktop.portal.Settings, "color-scheme": 0 none, 1 dark, 2 light.
 class ColorSchemeWatcher final : public QObject {
     Q_OBJECT
 
 public:
-    /// Waits for the portal's answer a fifth of a second at most, so that the first picture of a window
-    /// has the right colours; a later answer is followed as a change.
+    /// Waits for the portal's answer a fifth of a second at most, so that the first picture of a
+    /// window has the right colours; a later answer is followed as a change.
     ColorSchemeWatcher(ColorScheme withoutPreference, QDBusConnection bus,
                        QObject* parent = nullptr);
 

@@ -10,7 +10,8 @@ namespace stillwick {
 
 namespace {
 
-constexpr int positions = 1'000'000; // finer than any screen, and than a picture in ten hours of film
+constexpr int positions =
+    1'000'000; // finer than any screen, and than a picture in ten hours of film
 
 } // namespace
 

@@ -8,8 +8,8 @@
 
 namespace stillwick {
 
-/// Runs between two real numbers. A press anywhere on it moves the handle there; arrows step by a hundredth
-/// of the range unless told otherwise. Screen readers hear and set the real value.
+/// Runs between two real numbers. A press anywhere on it moves the handle there; arrows step by a
+/// hundredth of the range unless told otherwise. Screen readers hear and set the real value.
 class ContinuousSlider : public QSlider {
     Q_OBJECT
 

@@ -50,11 +50,12 @@ void DisclosureHeader::paintEvent(QPaintEvent* /*event*/) {
     option.initFrom(this);
     if (showsFocus(option))
         paintFocusRing(painter, QRectF(rect()), controlRadius, palette());
-    const QColor arrow = themeColor(underMouse() ? ThemeColor::text : ThemeColor::secondaryText,
-                                    palette());
+    const QColor arrow =
+        themeColor(underMouse() ? ThemeColor::text : ThemeColor::secondaryText, palette());
     paintChevron(painter, QRectF(0, 0, arrowColumn, height()),
                  isChecked() ? ChevronDirection::down : ChevronDirection::right, arrow);
-    m_icon.paint(&painter, QRect(arrowColumn + 2, (height() - symbolSide) / 2, symbolSide, symbolSide));
+    m_icon.paint(&painter,
+                 QRect(arrowColumn + 2, (height() - symbolSide) / 2, symbolSide, symbolSide));
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(rect().adjusted(arrowColumn + 2 + symbolSide + gap, 0, 0, 0),
                      Qt::AlignVCenter | Qt::TextSingleLine, text());

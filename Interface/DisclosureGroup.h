@@ -27,8 +27,8 @@ private:
     QIcon m_icon;
 };
 
-/// Shows its content while it is expanded. A new group of the same title begins as the last one was left, for as
-/// long as the program runs; the first begins collapsed.
+/// Shows its content while it is expanded. A new group of the same title begins as the last one was
+/// left, for as long as the program runs; the first begins collapsed.
 class DisclosureGroup final : public QWidget {
     Q_OBJECT
 

@@ -227,8 +227,8 @@ QRect InterfaceStyle::sliderPart(const QStyleOptionSlider& option, SubControl pa
     const int offset = sliderPositionFromValue(option.minimum, option.maximum,
                                                option.sliderPosition, span, option.upsideDown);
     if (isHorizontal)
-        return {room.left() + offset, room.top() + (room.height() - sliderHandle) / 2,
-                sliderHandle, sliderHandle};
+        return {room.left() + offset, room.top() + (room.height() - sliderHandle) / 2, sliderHandle,
+                sliderHandle};
     return {room.left() + (room.width() - sliderHandle) / 2, room.top() + offset, sliderHandle,
             sliderHandle};
 }
@@ -242,9 +242,8 @@ QRect InterfaceStyle::scrollBarPart(const QStyleOptionSlider& option, SubControl
     if (range > 0)
         thumb = int(qint64(option.pageStep) * length / (range + option.pageStep));
     thumb = std::clamp(thumb, std::min(shortestThumb, length), length);
-    const int start = sliderPositionFromValue(option.minimum, option.maximum,
-                                              option.sliderPosition, length - thumb,
-                                              option.upsideDown);
+    const int start = sliderPositionFromValue(option.minimum, option.maximum, option.sliderPosition,
+                                              length - thumb, option.upsideDown);
     const auto along = [&](int from, int extent) {
         return isHorizontal ? QRect(room.left() + from, room.top(), extent, room.height())
                             : QRect(room.left(), room.top() + from, room.width(), extent);

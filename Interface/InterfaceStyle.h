@@ -8,8 +8,9 @@ class QStyleOptionSlider;
 
 namespace stillwick {
 
-/// Flat controls with small radii in the colours of the theme; what it does not draw is Fusion's. A click into a
-/// slider's groove moves the handle there. The focus is framed once the keyboard is used.
+/// Flat controls with small radii in the colours of the theme; what it does not draw is Fusion's. A
+/// click into a slider's groove moves the handle there. The focus is framed once the keyboard is
+/// used.
 class InterfaceStyle final : public QProxyStyle {
     Q_OBJECT
 

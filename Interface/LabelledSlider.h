@@ -11,7 +11,8 @@ namespace stillwick {
 
 class ContinuousSlider;
 
-/// The title on the left, the value on the right, in small type; the slider below. The whole shows the help text.
+/// The title on the left, the value on the right, in small type; the slider below. The whole shows
+/// the help text.
 class LabelledSlider final : public QWidget {
     Q_OBJECT
 

@@ -138,8 +138,8 @@ QSize FixedDigitLabel::minimumSizeHint() const {
 
 void FixedDigitLabel::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                                   foregroundRole()));
+    painter.setPen(
+        palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, foregroundRole()));
     const QRect room = contentsRect();
     const int slack = room.width() - textWidth();
     int x = room.left();
@@ -172,8 +172,8 @@ void SymbolView::paintEvent(QPaintEvent* /*event*/) {
     m_icon.paint(&painter, rect(), Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
 }
 
-SymbolLabel::SymbolLabel(QStringView symbol, const QString& text, TextStyle style,
-                         ThemeColor color, QWidget* parent)
+SymbolLabel::SymbolLabel(QStringView symbol, const QString& text, TextStyle style, ThemeColor color,
+                         QWidget* parent)
     : QWidget(parent), m_label(makeLabel(text, style, color)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

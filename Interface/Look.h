@@ -7,8 +7,8 @@ class QApplication;
 
 namespace stillwick {
 
-/// Gives the application its style, its colours, its font, its icon and its language; from then on the colours
-/// follow the desktop. Call it once, before the first window.
+/// Gives the application its style, its colours, its font, its icon and its language; from then on
+/// the colours follow the desktop. Call it once, before the first window.
 void installLook(QApplication& application);
 
 /// As above in one scheme, whatever the desktop's.

@@ -86,9 +86,9 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& option) {
     if (option.menuItemType == QStyleOptionMenuItem::SubMenu) {
         const QRectF arrow(inner.right() - arrowColumn / 2.0, inner.top(), arrowColumn / 2.0,
                            inner.height());
-        paintChevron(painter, arrow, ChevronDirection::right,
-                     themeColor(textColor(option, isSelected, ThemeColor::secondaryText),
-                                option.palette));
+        paintChevron(
+            painter, arrow, ChevronDirection::right,
+            themeColor(textColor(option, isSelected, ThemeColor::secondaryText), option.palette));
     }
     painter.restore();
 }

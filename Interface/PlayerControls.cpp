@@ -132,7 +132,8 @@ void PlayerControls::setMuted(bool isMuted) {
     m_isMuted = isMuted;
     m_muteButton->setIcon(
         symbolIcon(isMuted ? u"speaker.slash.fill" : u"speaker.wave.2.fill", symbolColor));
-    const QString name = isMuted ? QStringLiteral("Rétablir le son") : QStringLiteral("Couper le son");
+    const QString name =
+        isMuted ? QStringLiteral("Rétablir le son") : QStringLiteral("Couper le son");
     m_muteButton->setToolTip(name);
     m_muteButton->setAccessibleName(name);
     m_volume->setEnabled(!isMuted);

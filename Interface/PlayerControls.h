@@ -15,10 +15,10 @@ namespace stillwick {
 class ContinuousSlider;
 class FixedDigitLabel;
 
-/// Play and pause, the position, the times, the volume and mute, in a bar near the lower edge of the view it lies
-/// over. Appears when the pointer moves over the view or one of its controls has the focus; goes a while after,
-/// at once when the pointer leaves. Knows no player: it shows what it is told, and tells what is asked for.
-/// *Units*: seconds; volume 0 to 1.
+/// Play and pause, the position, the times, the volume and mute, in a bar near the lower edge of
+/// the view it lies over. Appears when the pointer moves over the view or one of its controls has
+/// the focus; goes a while after, at once when the pointer leaves. Knows no player: it shows what
+/// it is told, and tells what is asked for. *Units*: seconds; volume 0 to 1.
 class PlayerControls final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(double presence READ presence WRITE setPresence)

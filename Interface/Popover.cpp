@@ -81,9 +81,9 @@ void Popover::dismiss() {
         return;
     m_isOpen = false;
     qApp->removeEventFilter(this);
-    const bool hadFocus = QApplication::focusWidget() != nullptr &&
-                          (QApplication::focusWidget() == this ||
-                           isAncestorOf(QApplication::focusWidget()));
+    const bool hadFocus =
+        QApplication::focusWidget() != nullptr &&
+        (QApplication::focusWidget() == this || isAncestorOf(QApplication::focusWidget()));
     hide();
     if (!m_anchor.isNull())
         setParent(m_anchor);
@@ -168,8 +168,8 @@ void Popover::paintEvent(QPaintEvent* /*event*/) {
         painter.drawPath(path.translated(0, 2));
     }
     painter.setPen(QPen(themeColor(ThemeColor::controlBorder, palette()), 1));
-    painter.setBrush(themeColor(isDark ? ThemeColor::controlPressed : ThemeColor::window,
-                                palette()));
+    painter.setBrush(
+        themeColor(isDark ? ThemeColor::controlPressed : ThemeColor::window, palette()));
     painter.drawPath(path);
 }
 

@@ -6,9 +6,8 @@
 
 namespace stillwick {
 
-/// Floats over the window of its anchor, next to it, with an arrow. Escape, or a press outside of it, dismisses
-/// it and gives the focus back; Tab stays within.
-/// *Lifetime*: the anchor owns it.
+/// Floats over the window of its anchor, next to it, with an arrow. Escape, or a press outside of
+/// it, dismisses it and gives the focus back; Tab stays within. *Lifetime*: the anchor owns it.
 class Popover final : public QWidget {
     Q_OBJECT
 

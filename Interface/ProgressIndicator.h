@@ -8,7 +8,8 @@ class QPainter;
 
 namespace stillwick {
 
-/// Draws the spokes within the rectangle; `step` is which one leads, one further every `progressInterval`.
+/// Draws the spokes within the rectangle; `step` is which one leads, one further every
+/// `progressInterval`.
 void paintProgressIndicator(QPainter& painter, const QRectF& rect, int step,
                             const QPalette& palette);
 inline constexpr int progressSpokes = 8;

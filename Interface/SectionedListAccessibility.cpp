@@ -57,15 +57,13 @@ public:
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override {
-        return type == QAccessible::ActionInterface
-                   ? static_cast<QAccessibleActionInterface*>(this)
-                   : nullptr;
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
     }
     QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
     void doAction(const QString& name) override {
         if (name == pressAction())
-            m_view->selectionModel()->setCurrentIndex(index(),
-                                                      QItemSelectionModel::ClearAndSelect);
+            m_view->selectionModel()->setCurrentIndex(index(), QItemSelectionModel::ClearAndSelect);
         else if (name == setFocusAction())
             m_view->selectionModel()->setCurrentIndex(index(), QItemSelectionModel::NoUpdate);
         m_view->setFocus(Qt::OtherFocusReason);

@@ -128,8 +128,7 @@ void SectionedListDelegate::paintBox(QPainter& painter, const QRect& rect, const
         const QRect square = centred(QSize(boxSymbol, boxSymbol), rect);
         const ColorScheme scheme =
             box.isOnCheckerboard ? ColorScheme::light : schemeOf(look.palette);
-        const auto color =
-            box.isOnCheckerboard ? ThemeColor::text : ThemeColor::secondaryText;
+        const auto color = box.isOnCheckerboard ? ThemeColor::text : ThemeColor::secondaryText;
         symbolIcon(box.symbol, themeColor(color, scheme)).paint(&painter, square);
         break;
     }
@@ -177,8 +176,7 @@ void SectionedListDelegate::paint(QPainter* painter, const QStyleOptionViewItem&
                 .paint(painter, centred(QSize(smallSymbol, smallSymbol), column));
             room.setLeft(column.right() + 1 + spacing);
         }
-        const QRect box(QPoint(room.left(), room.center().y() - boxSize.height() / 2 + 1),
-                        boxSize);
+        const QRect box(QPoint(room.left(), room.center().y() - boxSize.height() / 2 + 1), boxSize);
         paintBox(*painter, box, row.boxes.at(i), look);
         room.setLeft(box.right() + 1 + spacing);
     }

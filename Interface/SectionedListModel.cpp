@@ -103,7 +103,8 @@ void SectionedListModel::insertMissing(const QList<QUuid>& wanted) {
     }
 }
 
-/// Where each id stands; in the midst of a change those that are still missing count as if they were there.
+/// Where each id stands; in the midst of a change those that are still missing count as if they
+/// were there.
 void SectionedListModel::placeAll() {
     m_rows = positions(m_ids);
     QHash<QUuid, Place> places;

@@ -41,7 +41,8 @@ struct ListSection {
     bool operator==(const ListSection&) const = default;
 };
 
-/// Flat: each section is a header row and then its rows. What a row shows is asked for when it is needed.
+/// Flat: each section is a header row and then its rows. What a row shows is asked for when it is
+/// needed.
 class SectionedListModel final : public QAbstractListModel {
     Q_OBJECT
 
@@ -63,7 +64,8 @@ public:
 
     explicit SectionedListModel(RowSource source, QObject* parent = nullptr);
 
-    /// Takes the new order. What stays keeps its selection; views hear only of what came, went and moved.
+    /// Takes the new order. What stays keeps its selection; views hear only of what came, went and
+    /// moved.
     void setSections(const QList<ListSection>& sections);
     [[nodiscard]] const QList<ListSection>& sections() const { return m_sections; }
     /// What that row shows has changed.
@@ -95,8 +97,8 @@ private:
     RowSource m_source;
     QUuid m_token = QUuid::createUuid(); // tells its rows from another list's
     QList<ListSection> m_sections;
-    QList<QUuid> m_ids;     // headers too
-    QList<Place> m_places;  // of each of them
+    QList<QUuid> m_ids;    // headers too
+    QList<Place> m_places; // of each of them
     QHash<QUuid, int> m_rows;
 };
 

@@ -96,7 +96,8 @@ void SectionedListView::makeHeaders() {
 void SectionedListView::orderTabs() {
     QWidget* last = this;
     for (const ListSection& section : m_model->sections()) {
-        for (QWidget* part : m_headers.value(section.id)->findChildren<QWidget*>()) {
+        const QWidget* host = m_headers.value(section.id)->parentWidget();
+        for (QWidget* part : host->findChildren<QWidget*>()) {
             if (part->focusPolicy() == Qt::NoFocus)
                 continue;
             setTabOrder(last, part);
@@ -157,7 +158,8 @@ void SectionedListView::scrollToRow(const QUuid& row) {
 
 QRect SectionedListView::visualRect(const QModelIndex& index) const {
     QRect rect = QListView::visualRect(index);
-    rect.setWidth(viewport()->width()); // the toolkit keeps the greatest width that the list has had
+    rect.setWidth(
+        viewport()->width()); // the toolkit keeps the greatest width that the list has had
     return rect;
 }
 
@@ -182,10 +184,10 @@ QModelIndex SectionedListView::moveCursor(CursorAction action, Qt::KeyboardModif
         return {};
     const int current = currentIndex().isValid() ? currentIndex().row() : -1;
     const int page = std::max(1, viewport()->height() / SectionedListDelegate::rowHeight - 1);
-    int row = current;
+    int row = -1;
     switch (action) {
     case MoveUp:
-        row = current < 0 ? neighbour(count, -1) : neighbour(current, -1);
+        row = neighbour(current < 0 ? count : current, -1);
         break;
     case MoveDown:
         row = neighbour(current, 1);
@@ -205,8 +207,7 @@ QModelIndex SectionedListView::moveCursor(CursorAction action, Qt::KeyboardModif
     default:
         return QListView::moveCursor(action, modifiers);
     }
-    return row >= 0 && row < count && !m_model->isHeader(row) ? m_model->index(row)
-                                                              : QModelIndex();
+    return row >= 0 && row < count && !m_model->isHeader(row) ? m_model->index(row) : QModelIndex();
 }
 
 void SectionedListView::keyboardSearch(const QString& /*search*/) {

@@ -29,9 +29,10 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 };
 
-/// Shows sections of rows: headers are widgets, rows are painted, so that ten thousand of them cost nothing. Several
-/// rows can be selected; rows are moved within their section by dragging them or with Alt and the arrows up and
-/// down. It shows what it is given and tells what is asked for: an order changes only by setSections.
+/// Shows sections of rows: headers are widgets, rows are painted, so that ten thousand of them cost
+/// nothing. Several rows can be selected; rows are moved within their section by dragging them or
+/// with Alt and the arrows up and down. It shows what it is given and tells what is asked for: an
+/// order changes only by setSections.
 class SectionedListView final : public QListView {
     Q_OBJECT
 
@@ -63,8 +64,8 @@ public:
 signals:
     /// The user selected other rows.
     void selectionChosen(const QSet<QUuid>& rows);
-    /// The rows at these offsets (ascending) are to stand before the one that is now at `destination`, which may
-    /// be the section's count.
+    /// The rows at these offsets (ascending) are to stand before the one that is now at
+    /// `destination`, which may be the section's count.
     void moveRequested(const QUuid& section, const QList<int>& offsets, int destination);
     /// A menu for the row is about to be shown; it is shown if it is filled.
     void menuRequested(const QUuid& row, QMenu* menu);
@@ -103,7 +104,7 @@ private:
     SectionedListModel* m_model;
     HeaderFactory m_headerFactory;
     QHash<QUuid, QWidget*> m_headers;
-    bool m_isShowing = false; // what happens to the selection is not the user's doing
+    bool m_isShowing = false;            // what happens to the selection is not the user's doing
     std::optional<MovingRows> m_dragged; // over the list
     std::optional<int> m_destination;
     QRegion m_progressRegion;

@@ -17,8 +17,7 @@ constexpr int border = 2;
 
 } // namespace
 
-Segment::Segment(QStringView symbol, const QString& name, QWidget* parent)
-    : QRadioButton(parent) {
+Segment::Segment(QStringView symbol, const QString& name, QWidget* parent) : QRadioButton(parent) {
     setIcon(symbolIcon(symbol));
     setIconSize(QSize(18, 18));
     setToolTip(name);
@@ -54,8 +53,7 @@ void Segment::paintEvent(QPaintEvent* /*event*/) {
         paintFocusRing(painter, ground, radius, palette());
     QRect square(QPoint(0, 0), iconSize());
     square.moveCenter(rect().center());
-    icon().paint(&painter, square, Qt::AlignCenter,
-                 isEnabled() ? QIcon::Normal : QIcon::Disabled);
+    icon().paint(&painter, square, Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
 }
 
 SegmentedPicker::SegmentedPicker(const QString& label, QWidget* parent)

@@ -27,8 +27,9 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 };
 
-/// Panes side by side or one above the other, in proportions that hold when the window grows. A new view of the
-/// same name begins as the user left the last one, for as long as the program runs. No pane can be closed.
+/// Panes side by side or one above the other, in proportions that hold when the window grows. A new
+/// view of the same name begins as the user left the last one, for as long as the program runs. No
+/// pane can be closed.
 class SplitView final : public QSplitter {
     Q_OBJECT
 

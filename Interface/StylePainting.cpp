@@ -32,8 +32,7 @@ void strokeRounded(QPainter& painter, const QRectF& rect, double radius, const Q
     painter.restore();
 }
 
-void paintFocusRing(QPainter& painter, const QRectF& rect, double radius,
-                    const QPalette& palette) {
+void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const QPalette& palette) {
     strokeRounded(painter, rect, radius, themeColor(ThemeColor::accent, palette), 2);
 }
 

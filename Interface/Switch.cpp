@@ -53,8 +53,8 @@ void Switch::paintEvent(QPaintEvent* /*event*/) {
                 isEnabled() ? QColor(Qt::white) : themeColor(ThemeColor::window, palette()));
 
     const QRect textRoom(0, 0, int(track.left()) - gap, height());
-    painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                                   QPalette::WindowText));
+    painter.setPen(
+        palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
     painter.drawText(textRoom, Qt::AlignVCenter | Qt::TextShowMnemonic | Qt::TextSingleLine,
                      text());
 }

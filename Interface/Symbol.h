@@ -9,9 +9,9 @@
 
 namespace stillwick {
 
-/// The symbol of that name in a colour of the theme, sharp at every size; it follows the application's
-/// palette: faint where disabled, light where selected. An unknown name gives an empty square and is a
-/// fault of the program.
+/// The symbol of that name in a colour of the theme, sharp at every size; it follows the
+/// application's palette: faint where disabled, light where selected. An unknown name gives an
+/// empty square and is a fault of the program.
 [[nodiscard]] QIcon symbolIcon(QStringView name, ThemeColor color = ThemeColor::text);
 /// As above, in a colour that stays as it is.
 [[nodiscard]] QIcon symbolIcon(QStringView name, const QColor& color);

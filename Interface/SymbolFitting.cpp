@@ -14,7 +14,8 @@ namespace stillwick {
 
 namespace {
 
-/// How one axis of the drawing is laid on pixels: a broken line through the places that were fitted.
+/// How one axis of the drawing is laid on pixels: a broken line through the places that were
+/// fitted.
 class AxisFit {
 public:
     AxisFit(double scale, double middle) : m_scale(scale), m_middle(middle * scale) {}
@@ -152,7 +153,9 @@ void Fitting::look(const QXmlStreamAttributes& attributes, QStringView element) 
 
 QString Fitting::fittedStep(const PathStep& step) const {
     QString text = step.command;
-    const auto put = [&text](double number) { text += u' ' + QString::number(number, 'f', 3); };
+    const auto put = [&text](double number) {
+        text += u' ' + QString::number(number, 'f', 3);
+    };
     const std::vector<double>& numbers = step.numbers;
     if (step.command == u'H') {
         put(m_x.at(numbers.at(0)));
@@ -191,8 +194,7 @@ QXmlStreamAttributes Fitting::fitted(const QXmlStreamAttributes& attributes,
         changed[QLatin1String(name)] = QString::number(value, 'f', 3);
     };
     if (element == u"path") {
-        changed[QStringLiteral("d")] =
-            fittedPath(attributes.value(QLatin1String("d")).toString());
+        changed[QStringLiteral("d")] = fittedPath(attributes.value(QLatin1String("d")).toString());
     } else if (element == u"circle") {
         const double radius = number("r");
         const double left = m_x.at(number("cx") - radius);

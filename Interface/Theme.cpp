@@ -74,7 +74,9 @@ QColor themeColor(ThemeColor color, const QPalette& palette) {
 }
 
 QPalette themePalette(ColorScheme scheme) {
-    const auto color = [scheme](ThemeColor wanted) { return themeColor(wanted, scheme); };
+    const auto color = [scheme](ThemeColor wanted) {
+        return themeColor(wanted, scheme);
+    };
     QPalette palette(color(ThemeColor::text), color(ThemeColor::control),
                      color(ThemeColor::control).lighter(), color(ThemeColor::controlBorder),
                      color(ThemeColor::separator), color(ThemeColor::text), Qt::white,
@@ -98,8 +100,7 @@ ColorScheme schemeOf(const QPalette& palette) {
 }
 
 double contrastRatio(const QColor& one, const QColor& other) {
-    const auto [darker, lighter] =
-        std::minmax({relativeLuminance(one), relativeLuminance(other)});
+    const auto [darker, lighter] = std::minmax({relativeLuminance(one), relativeLuminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 

@@ -8,7 +8,8 @@ namespace stillwick {
 
 enum class ColorScheme { light, dark };
 
-/// What a colour is for. Texts have a contrast of at least 4.5:1 on every ground on which they stand.
+/// What a colour is for. Texts have a contrast of at least 4.5:1 on every ground on which they
+/// stand.
 enum class ThemeColor {
     window,            ///< behind everything
     controlBackground, ///< a panel set into the window
@@ -18,17 +19,17 @@ enum class ThemeColor {
     controlPressed,
     controlBorder,
     separator,
-    quaternary,   ///< the thin border around an editor
-    groove,       ///< what a slider or a bar of progress runs in
-    thumb,        ///< the handle of a scroll bar
+    quaternary, ///< the thin border around an editor
+    groove,     ///< what a slider or a bar of progress runs in
+    thumb,      ///< the handle of a scroll bar
     text,
     secondaryText,
     disabledText,
-    accent,       ///< text and symbols that stand out; the frame of what has the focus
-    accentFill,   ///< the ground of prominent buttons and of what is selected
+    accent,     ///< text and symbols that stand out; the frame of what has the focus
+    accentFill, ///< the ground of prominent buttons and of what is selected
     accentHover,
     accentPressed,
-    onAccent,     ///< text and symbols on `accentFill`
+    onAccent,      ///< text and symbols on `accentFill`
     selectionTint, ///< the ground of what is selected where the focus is elsewhere
     destructive,
     warning,

@@ -32,7 +32,8 @@ protected:
 };
 
 TEST_F(AlertTest, AnErrorHasItsTitleItsTextAndOneButton) {
-    const QMessageBox* alert = openErrorAlert(window.get(), QStringLiteral("Aucune vidéo chargée."));
+    const QMessageBox* alert =
+        openErrorAlert(window.get(), QStringLiteral("Aucune vidéo chargée."));
     EXPECT_EQ(alert->windowTitle(), u"Erreur");
     EXPECT_EQ(alert->text(), u"Erreur");
     EXPECT_EQ(alert->informativeText(), u"Aucune vidéo chargée.");

@@ -36,9 +36,8 @@ protected:
 
     void startPortal(int preference, int delayMilliseconds = 0) {
         m_portal = std::make_unique<QProcess>();
-        m_portal->start(QStringLiteral(FAKE_PORTAL),
-                        {m_address, QString::number(preference),
-                         QString::number(delayMilliseconds)});
+        m_portal->start(QStringLiteral(FAKE_PORTAL), {m_address, QString::number(preference),
+                                                      QString::number(delayMilliseconds)});
         ASSERT_TRUE(m_portal->waitForReadyRead(10'000));
         ASSERT_EQ(m_portal->readLine().trimmed(), "ready");
     }

@@ -30,7 +30,8 @@ TEST(ColorCode, EveryFormIsRead) {
 }
 
 TEST(ColorCode, AnythingElseIsNoColour) {
-    for (const char* code : {"", "#", "#ff", "#ff800", "#ff80000", "#gg8000", "rouge", "#ff8000000"})
+    for (const char* code :
+         {"", "#", "#ff", "#ff800", "#ff80000", "#gg8000", "rouge", "#ff8000000"})
         EXPECT_FALSE(colorOfCode(QString::fromUtf8(code)).isValid()) << code;
 }
 

@@ -71,8 +71,7 @@ TEST_F(SegmentedPickerTest, AScreenReaderFindsNamedRadioButtonsInAGroup) {
     EXPECT_EQ(accessible(segment(1))->role(), QAccessible::RadioButton);
     EXPECT_EQ(accessibleName(segment(1)), u"Flèche");
     EXPECT_EQ(segment(1)->toolTip(), u"Flèche");
-    accessible(segment(1))->actionInterface()->doAction(
-        QAccessibleActionInterface::toggleAction());
+    accessible(segment(1))->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(picker->currentIndex(), 1);
     EXPECT_TRUE(accessible(segment(1))->state().checked);
 }
@@ -322,8 +321,8 @@ TEST(EmptyPanelTest, ShowsItsTitleAndItsDescription) {
     QStringList texts;
     for (const QLabel* label : panel->findChildren<QLabel*>())
         texts.push_back(label->text());
-    EXPECT_EQ(texts, (QStringList{QStringLiteral("Aucun aperçu"),
-                                  QStringLiteral("Capturez une image.")}));
+    EXPECT_EQ(texts,
+              (QStringList{QStringLiteral("Aucun aperçu"), QStringLiteral("Capturez une image.")}));
 }
 
 } // namespace

@@ -29,16 +29,15 @@ TEST(FrenchTexts, TheFileDialogIsFrenchToTheLastLabel) {
 }
 
 TEST(FrenchTexts, AQuestionAboutAFileThatExistsIsACorrectSentence) {
-    EXPECT_EQ(QApplication::translate("QFileDialog",
-                                      "%1 already exists.\nDo you want to replace it?"),
-              u"« %1 » existe déjà.\nVoulez-vous le remplacer ?");
+    EXPECT_EQ(
+        QApplication::translate("QFileDialog", "%1 already exists.\nDo you want to replace it?"),
+        u"« %1 » existe déjà.\nVoulez-vous le remplacer ?");
 }
 
 TEST(FrenchTexts, ShortcutsAreWrittenAsOnAFrenchKeyboard) {
     EXPECT_EQ(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S).toString(QKeySequence::NativeText),
               u"Ctrl+Maj+S");
-    EXPECT_EQ(QKeySequence(Qt::SHIFT | Qt::Key_Left).toString(QKeySequence::NativeText),
-              u"Maj+←");
+    EXPECT_EQ(QKeySequence(Qt::SHIFT | Qt::Key_Left).toString(QKeySequence::NativeText), u"Maj+←");
 }
 
 TEST(FrenchTexts, AFieldsMenuIsFrench) {

@@ -73,10 +73,10 @@ QImage symbolSheet() {
         }
         const QRect selected(left, y + 16, 24, 24);
         painter.fillRect(selected, palette.color(QPalette::Highlight));
-        symbolIcon(names.at(i)).paint(&painter, selected.adjusted(2, 2, -2, -2), Qt::AlignCenter,
-                                      QIcon::Selected);
-        symbolIcon(names.at(i)).paint(&painter, left + 32, y + 18, 20, 20, Qt::AlignCenter,
-                                      QIcon::Disabled);
+        symbolIcon(names.at(i))
+            .paint(&painter, selected.adjusted(2, 2, -2, -2), Qt::AlignCenter, QIcon::Selected);
+        symbolIcon(names.at(i))
+            .paint(&painter, left + 32, y + 18, 20, 20, Qt::AlignCenter, QIcon::Disabled);
         symbolIcon(names.at(i), ThemeColor::accent).paint(&painter, left + 60, y + 18, 20, 20);
     }
     return sheet;
@@ -130,8 +130,9 @@ ListRow demoRow(int number) {
     subject.picture = drawnPicture(number * 37 % 360, true);
     row.boxes = {full, subject};
     row.symbolBetween = QStringLiteral("arrow.right");
-    row.text = QStringLiteral("00:%1.%2").arg(10 + number).arg(number * 111 % 1000, 3, 10,
-                                                              QLatin1Char('0'));
+    row.text = QStringLiteral("00:%1.%2")
+                   .arg(10 + number)
+                   .arg(number * 111 % 1000, 3, 10, QLatin1Char('0'));
     row.badge = number == 1 ? QStringLiteral("2") : QString();
     return row;
 }
@@ -141,17 +142,17 @@ QWidget* demoHeader(const QString& name, bool isActive, int count) {
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
-    auto* active = new SymbolButton(isActive ? u"largecircle.fill.circle" : u"circle",
-                                    text(u"Groupe actif (cible des captures)"),
-                                    SymbolButton::Border::none);
+    auto* active =
+        new SymbolButton(isActive ? u"largecircle.fill.circle" : u"circle",
+                         text(u"Groupe actif (cible des captures)"), SymbolButton::Border::none);
     if (isActive)
         active->setSymbol(u"largecircle.fill.circle", ThemeColor::accent);
     auto* field = new QLineEdit(name);
     field->setFrame(false);
     field->setPlaceholderText(text(u"Nom du groupe"));
     setTextStyle(field, TextStyle::subheadline);
-    auto* trash = new SymbolButton(u"trash", text(u"Supprimer le groupe"),
-                                   SymbolButton::Border::none);
+    auto* trash =
+        new SymbolButton(u"trash", text(u"Supprimer le groupe"), SymbolButton::Border::none);
     trash->setSymbol(u"trash", ThemeColor::destructive);
     layout->addWidget(active);
     layout->addWidget(field, 1);
@@ -184,9 +185,9 @@ QWidget* filmColumn(bool isEmpty) {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     if (isEmpty) {
-        auto* panel = new EmptyPanel(
-            u"film.stack", text(u"Aucune vidéo"),
-            text(u"Glissez une vidéo ici, ou ouvrez-en une (.mp4, .mov)."));
+        auto* panel =
+            new EmptyPanel(u"film.stack", text(u"Aucune vidéo"),
+                           text(u"Glissez une vidéo ici, ou ouvrez-en une (.mp4, .mov)."));
         panel->setAction(new ProminentButton(u"folder", text(u"Ouvrir une vidéo"),
                                              ProminentButton::Size::large));
         layout->addWidget(panel, 1);
@@ -218,10 +219,9 @@ QWidget* filmColumn(bool isEmpty) {
     line->addWidget(end);
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(8);
-    for (const QStringView symbol : {u"gobackward", u"backward.frame.fill", u"play.fill",
-                                     u"forward.frame.fill", u"goforward"})
-        buttons->addWidget(
-            new SymbolButton(symbol, symbol.toString(), SymbolButton::Border::thin));
+    for (const QStringView symbol :
+         {u"gobackward", u"backward.frame.fill", u"play.fill", u"forward.frame.fill", u"goforward"})
+        buttons->addWidget(new SymbolButton(symbol, symbol.toString(), SymbolButton::Border::thin));
     buttons->addStretch();
     buttons->addWidget(new ProminentButton(u"camera.fill", text(u"Capturer")));
     timeline->addLayout(line);
@@ -244,10 +244,10 @@ QWidget* listColumn(bool isEmpty) {
                                      SymbolButton::Border::none));
     layout->addLayout(line);
     if (isEmpty) {
-        layout->addWidget(new EmptyPanel(
-                              u"photo.on.rectangle", text(u"Aucune image"),
-                              text(u"Naviguez dans la vidéo puis appuyez sur C pour capturer.")),
-                          1);
+        layout->addWidget(
+            new EmptyPanel(u"photo.on.rectangle", text(u"Aucune image"),
+                           text(u"Naviguez dans la vidéo puis appuyez sur C pour capturer.")),
+            1);
         return column;
     }
     QList<ListSection> sections{{QUuid::createUuid(), {}}, {QUuid::createUuid(), {}}};
@@ -302,8 +302,8 @@ QWidget* previewPane() {
     tools->addStretch();
     tools->addWidget(trash);
     layout->addLayout(tools);
-    layout->addWidget(makeLabel(text(u"Note de l'extrait"), TextStyle::caption,
-                                ThemeColor::secondaryText));
+    layout->addWidget(
+        makeLabel(text(u"Note de l'extrait"), TextStyle::caption, ThemeColor::secondaryText));
     auto* note = new QPlainTextEdit(text(u"Vue de face, le bras est tendu."));
     note->setFixedHeight(60);
     setTextStyle(note, TextStyle::callout);
@@ -374,7 +374,8 @@ QMainWindow* demoWindow(bool isEmpty) {
                     [] {})
         ->setEnabled(false);
     file->addMenu(text(u"Déplacer vers"))->addAction(text(u"Sans nom"));
-    window->menuBar()->addMenu(text(u"Vidéo"))
+    window->menuBar()
+        ->addMenu(text(u"Vidéo"))
         ->addAction(text(u"Reculer (intervalle)"), QKeySequence(Qt::SHIFT | Qt::Key_Left), [] {});
     auto* columns = new SplitView(Qt::Horizontal, QStringLiteral("columns"));
     auto* right = new SplitView(Qt::Vertical, QStringLiteral("right"));
@@ -432,12 +433,12 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 4) {
-        std::fputs("interface-gallery symbols|widgets|focus|popover|menu|alert|empty|icon light|dark "
-                   "FILE.png\n",
-                   stderr);
+        std::fputs(
+            "interface-gallery symbols|widgets|focus|popover|menu|alert|empty|icon light|dark "
+            "FILE.png\n",
+            stderr);
         return 2;
     }
-    installLook(application,
-                arguments.at(2) == u"dark" ? ColorScheme::dark : ColorScheme::light);
+    installLook(application, arguments.at(2) == u"dark" ? ColorScheme::dark : ColorScheme::light);
     return picture(arguments.at(1)).save(arguments.at(3)) ? 0 : 1;
 }

@@ -72,7 +72,8 @@ TEST_F(PlayerControlsTest, GoWhenThePointerLeaves) {
 
 TEST_F(PlayerControlsTest, AppearAtFocusAndStayWhileTheyHaveIt) {
     QTest::keyClick(other, Qt::Key_Tab);
-    EXPECT_EQ(QApplication::focusWidget(), button(0));
+    EXPECT_EQ(QApplication::focusWidget(), button(0))
+        << QApplication::focusWidget()->metaObject()->className();
     ASSERT_TRUE(becomes(1));
     QTest::qWait(3200); // longer than a pointer's rest
     EXPECT_EQ(controls->presence(), 1);
@@ -133,8 +134,7 @@ TEST_F(PlayerControlsTest, TheVolumeGivesWayInANarrowView) {
     window.resize(340, 400);
     QTest::qWait(1);
     EXPECT_FALSE(slider(QStringLiteral("Volume"))->isVisible());
-    EXPECT_TRUE(controls->geometry().left() >= 0 &&
-                controls->geometry().right() < view->width());
+    EXPECT_TRUE(controls->geometry().left() >= 0 && controls->geometry().right() < view->width());
 }
 
 } // namespace

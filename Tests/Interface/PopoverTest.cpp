@@ -100,8 +100,7 @@ TEST_F(PopoverTest, IsAboveItsAnchorWhereThereIsNoRoomBelow) {
     window.layout()->setAlignment(other, Qt::AlignBottom);
     QTest::qWait(1);
     low->open();
-    EXPECT_LT(content->mapTo(&window, QPoint(0, content->height())).y(),
-              other->geometry().top());
+    EXPECT_LT(content->mapTo(&window, QPoint(0, content->height())).y(), other->geometry().top());
 }
 
 TEST_F(PopoverTest, GoesWhenItsAnchorIsHidden) {

@@ -213,6 +213,7 @@ protected:
         return enter.isAccepted() && move.isAccepted();
     }
     void dropAt(const QPoint& position) {
+        (void)isTakenAt(position); // a drop comes after a move
         QDropEvent drop(position, Qt::MoveAction, data.get(), Qt::LeftButton, {});
         QApplication::sendEvent(list->viewport(), &drop);
     }

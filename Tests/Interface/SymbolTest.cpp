@@ -30,8 +30,7 @@ const QStringList& namesOfTheWindow() {
     return names;
 }
 
-QImage painted(const QString& name, int side, double ratio = 1,
-               QIcon::Mode mode = QIcon::Normal) {
+QImage painted(const QString& name, int side, double ratio = 1, QIcon::Mode mode = QIcon::Normal) {
     QImage image(QSize(side, side) * ratio, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::transparent);
@@ -160,8 +159,8 @@ TEST(Symbol, TheTwoBarsOfAPauseMirrorEachOtherAtEverySize) {
     for (int side = 12; side <= 64; side += 2) {
         const QImage image = painted(QStringLiteral("pause.fill"), side);
         for (int x = 0; x < side / 2; ++x)
-            EXPECT_NEAR(qAlpha(image.pixel(x, side / 2)), qAlpha(image.pixel(side - 1 - x, side / 2)),
-                        2)
+            EXPECT_NEAR(qAlpha(image.pixel(x, side / 2)),
+                        qAlpha(image.pixel(side - 1 - x, side / 2)), 2)
                 << side;
     }
 }

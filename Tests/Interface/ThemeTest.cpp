@@ -29,16 +29,16 @@ TEST_P(EveryScheme, TextIsReadableOnEveryGround) {
          {ThemeColor::window, ThemeColor::controlBackground, ThemeColor::fieldBackground,
           ThemeColor::control, ThemeColor::controlHover, ThemeColor::controlPressed,
           ThemeColor::selectionTint, ThemeColor::separator}) {
-        EXPECT_GE(contrastRatio(themeColor(ThemeColor::text, GetParam()),
-                                themeColor(ground, GetParam())),
-                  4.5)
+        EXPECT_GE(
+            contrastRatio(themeColor(ThemeColor::text, GetParam()), themeColor(ground, GetParam())),
+            4.5)
             << int(ground);
     }
 }
 
 TEST_P(EveryScheme, QuietTextIsReadableWhereItStands) {
-    for (const auto text : {ThemeColor::secondaryText, ThemeColor::accent,
-                            ThemeColor::destructive, ThemeColor::warning}) {
+    for (const auto text : {ThemeColor::secondaryText, ThemeColor::accent, ThemeColor::destructive,
+                            ThemeColor::warning}) {
         for (const auto ground : {ThemeColor::window, ThemeColor::controlBackground,
                                   ThemeColor::fieldBackground, ThemeColor::selectionTint}) {
             EXPECT_GE(contrastRatio(themeColor(text, GetParam()), themeColor(ground, GetParam())),
