@@ -14,6 +14,8 @@ struct ProjectKey {
     const char* name;
     Field Record::*field;
 };
+template <typename Record, typename Field>
+ProjectKey(const char*, Field Record::*) -> ProjectKey<Record, Field>;
 
 /// The keys of a record, ascending as they are written.
 template <typename Record>
