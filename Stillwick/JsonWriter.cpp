@@ -2,6 +2,7 @@
 
 #include "Stillwick/ProjectError.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -63,12 +64,15 @@ void JsonWriter::item() {
 }
 
 void JsonWriter::write(QStringView text) {
+    const QByteArray bytes = text.toUtf8();
     m_text += '"';
-    for (const char character : text.toUtf8()) {
-        if (mustBeEscaped(character))
-            appendEscaped(m_text, character);
-        else
-            m_text += character;
+    for (const char *at = bytes.begin(), *const end = bytes.end();;) {
+        const char* const odd = std::find_if(at, end, mustBeEscaped);
+        m_text.append(at, odd - at);
+        if (odd == end)
+            break;
+        appendEscaped(m_text, *odd);
+        at = odd + 1;
     }
     m_text += '"';
 }

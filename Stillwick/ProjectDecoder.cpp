@@ -4,10 +4,10 @@
 #include "Stillwick/ProjectKeys.h"
 #include "Stillwick/WholeNumber.h"
 
-#include <QRegularExpression>
-
+#include <algorithm>
 #include <charconv>
 #include <limits>
+#include <string_view>
 #include <system_error>
 
 namespace stillwick {
@@ -27,6 +27,27 @@ struct Step {
     const char* key = nullptr;
     qsizetype index = 0;
 };
+
+/// Whether the text is of the form 8-4-4-4-12 hexadecimal digits.
+bool isIdentifier(QStringView text) {
+    constexpr std::u16string_view form = u"00000000-0000-0000-0000-000000000000";
+    constexpr std::u16string_view digits = u"0123456789abcdefABCDEF";
+    const auto fits = [&](QChar character, char16_t expected) {
+        return expected == u'-' ? character == u'-'
+                                : digits.find(character.unicode()) != digits.npos;
+    };
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), fits);
+}
+
+/// An item to be filled in. A mark's own identity would cost a call of the system.
+template <typename Item>
+Item blank() {
+    return {};
+}
+template <>
+Annotation blank() {
+    return {.id = QUuid(), .start = {}, .end = {}};
+}
 
 class Decoder {
 public:
@@ -98,7 +119,7 @@ private:
         items.clear();
         m_path.append(Step{});
         for (; m_json.nextItem(); ++m_path.last().index)
-            read(items.emplaceBack());
+            read(items.emplaceBack(blank<Item>()));
         m_path.removeLast();
     }
 
@@ -164,11 +185,9 @@ private:
     }
 
     void read(QUuid& id) {
-        static const QRegularExpression form(
-            QStringLiteral("^[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}\\z"));
         QString text;
         read(text);
-        if (!form.match(text).hasMatch())
+        if (!isIdentifier(text))
             throw unknownValue(QStringLiteral("un identifiant"));
         id = QUuid::fromString(text);
     }
