@@ -6,6 +6,7 @@
 #include "Stillwick/AnnotationRenderer.h"
 #include "Stillwick/AppError.h"
 #include "Stillwick/ImageCrop.h"
+#include "Stillwick/ProjectStore.h"
 #include "Stillwick/SubjectExtractionService.h"
 
 #include <gtest/gtest.h>
@@ -392,6 +393,44 @@ TEST_F(BatchExportServiceTest, AFilmOpenedInTheMeantimeDoesNotChangeTheExport) {
     m_extractor.prepare(std::make_shared<const MediaAsset>(QStringLiteral("/nowhere.mp4")));
     QCoro::waitFor(std::move(task));
     EXPECT_EQ(m_log, QStringList({QStringLiteral("1"), QStringLiteral("2")}));
+}
+
+/// A group as a state makes it of a project's, in a folder of its own.
+ExportGroup exportGroupOf(const GroupDTO& group) {
+    QList<CapturedFrame> frames;
+    for (const FrameDTO& frame : group.frames)
+        frames.append({CMTime::make(frame.timeValue, frame.timeScale),
+                       {},
+                       {},
+                       false,
+                       frame.notes,
+                       frame.annotations.value_or(QList<Annotation>())});
+    return {group.name, group.notes, frames, Placement::subfolder};
+}
+
+TEST_F(BatchExportServiceTest, AHostileProjectIsExportedIntoItsFolderAlone) {
+    const ProjectFile project = ProjectStore::load(QUrl::fromLocalFile(
+        QStringLiteral(STILLWICK_SOURCE_DIR "/Fuzz/projects/hostile.stillwick")));
+    int captures = 0;
+    for (const GroupDTO& group : project.groups) {
+        m_job.groups.append(exportGroupOf(group));
+        // One capture that can be made, so that names are put to the test and not times alone.
+        m_job.groups.append({group.name, group.notes, {frameAt(500)}, Placement::subfolder});
+        captures += int(group.frames.size()) + 1;
+    }
+    for (const QString& name : {project.videoName, QStringLiteral("balles")}) {
+        m_job.videoName = name;
+        m_log.clear();
+        run();
+        EXPECT_EQ(m_log.last(), QString::number(captures));
+        EXPECT_EQ(
+            QDir(m_folder.path())
+                .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
+            QStringList(QStringLiteral("sortie")));
+    }
+    EXPECT_TRUE(tree().contains(QStringLiteral("a-..-..-b/balles_00-00-00-500.png")));
+    for (const QString& entry : tree())
+        EXPECT_LE(entry.count(u'/'), 1) << entry.toStdString();
 }
 
 TEST_F(BatchExportServiceTest, WhatAKilledExportLeftIsClearedAway) {

@@ -14,6 +14,7 @@
 #include <limits>
 #include <string>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -99,6 +100,36 @@ TEST_F(ProjectStoreTest, AFileOf200MegabytesIsRefusedAtOnce) {
     ASSERT_EQ(::truncate(path("a").c_str(), 200'000'000), 0);
     EXPECT_EQ(loaded(path("a")), "Le fichier est trop volumineux pour un projet.");
 }
+
+/// The most memory that this process has held so far, in MiB.
+long peakMemory() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
+// The sanitizers need memory of their own for every byte.
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(ProjectStoreTest, TheMostGreedyFileWithinTheBoundNeedsLessThanAGibibyte) {
+    const QByteArray begin = encodeProject(ProjectFile()).chopped(3) + ", \"groups\": [";
+    const auto grown = [&](const QByteArray& item, const QByteArray& end) {
+        const qsizetype rest = longestProject - begin.size() - end.size();
+        return begin + item.repeated(rest / item.size()).chopped(1) + end;
+    };
+    const QByteArray groups = grown(R"({"name":"","notes":"","frames":[]},)", "]}");
+    const QByteArray lists = grown("[],", "]}").replace("\"groups\"", "\"others\"");
+    for (const QByteArray& text : {groups, lists + ' '}) {
+        put("a", text);
+        const auto report = inChild([&] {
+            const long before = peakMemory();
+            const std::string number = loaded(path("a"));
+            return number + ' ' + std::to_string(peakMemory() - before);
+        });
+        ASSERT_TRUE(report.starts_with("1 ")) << report;
+        EXPECT_LT(std::stol(report.substr(2)), 1024);
+    }
+}
+#endif
 
 TEST_F(ProjectStoreTest, AReadOnlyFolderIsToldAndTheEarlierFileStays) {
     ASSERT_EQ(saved(numbered(1), path("a")), "ok");
