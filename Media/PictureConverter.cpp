@@ -93,11 +93,23 @@ QImage PictureConverter::toBitmap(const VideoFrame& frame) {
     const PlaneFormat format = PlaneFormat::of(source, *planar, colorOf(frame));
     const bool isPlain = !hasTwoFields(*planar) && !format.color.isHighDynamicRange();
     if (isPlain && hasSquarePixels(frame))
-        return convertedByRows(format, source, {picture.width, picture.height});
+        return Yuv420Conversion::isFor(format)
+                   ? convertedQuickly(format, source, {picture.width, picture.height})
+                   : convertedByRows(format, source, {picture.width, picture.height});
     // What was added to reach a multiple of the chroma's size is cut off again.
     const PlanarPicture rgb =
         toRgb(frame, *planar, format, source).cropped(picture.width, picture.height);
     return packed(stretched(rgb, sampleAspectRatio(frame)), m_pool);
+}
+
+QImage PictureConverter::convertedQuickly(const PlaneFormat& from, const PlanarPicture& source,
+                                          const QSize& size) {
+    if (!m_quick.conversion || !isSameFormat(m_quick.from, from))
+        m_quick = {from, Yuv420Conversion(from)};
+    QImage image = emptyImage(size.width(), size.height(), m_pool);
+    m_quick.conversion->convert(source, size.width(), size.height(), image.bits(),
+                                image.bytesPerLine());
+    return image;
 }
 
 /// Straight into the bitmap, for what needs one step only.

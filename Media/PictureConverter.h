@@ -3,6 +3,7 @@
 
 #include "Media/PicturePool.h"
 #include "Media/PlaneConversion.h"
+#include "Media/Yuv420Conversion.h"
 
 #include <QImage>
 
@@ -30,7 +31,14 @@ private:
         std::optional<PlaneConversion> conversion;
     };
 
+    struct QuickStep {
+        PlaneFormat from;
+        std::optional<Yuv420Conversion> conversion;
+    };
+
     [[nodiscard]] QImage toBitmap(const VideoFrame& frame);
+    [[nodiscard]] QImage convertedQuickly(const PlaneFormat& from, const PlanarPicture& source,
+                                          const QSize& size);
     [[nodiscard]] QImage convertedByRows(const PlaneFormat& from, const PlanarPicture& source,
                                          const QSize& size);
     static void prepare(Step& step, const PlaneFormat& from, const PlaneFormat& to);
@@ -46,6 +54,7 @@ private:
 
     PicturePool m_pool;
     std::optional<PlanarPicture> m_scratch;
+    QuickStep m_quick;
     Step m_toRgb;
     Step m_stretch;
 };
