@@ -54,6 +54,12 @@ SharedFrame FrameGatherer::goTo(const CMTime& time, const std::stop_token& stop)
     return frame;
 }
 
+/// A full cache would drop what is decoded on the way, as the farthest from where the film was
+/// watched.
+void FrameGatherer::moveTo(std::int64_t tick) {
+    m_cache->setPosition(tick, FrameCache::Course::Resting);
+}
+
 FrameGatherer::Located FrameGatherer::at(const CMTime& time, const std::stop_token& stop) {
     const std::int64_t tick = timeline().tickAtOrBefore(time);
     SharedFrame frame = m_cache->frameAt(time);
@@ -63,6 +69,7 @@ FrameGatherer::Located FrameGatherer::at(const CMTime& time, const std::stop_tok
         frame = m_cache->frameAt(time);
     if (frame)
         return {frame, time};
+    moveTo(tick);
     try {
         return {goTo(time, stop), time};
     } catch (const MediaError& error) {
@@ -77,6 +84,7 @@ FrameGatherer::Located FrameGatherer::at(const CMTime& time, const std::stop_tok
 
 FrameGatherer::Located FrameGatherer::near(const CMTime& time, const std::stop_token& stop) {
     forgetPlace();
+    moveTo(timeline().tickAtOrBefore(time));
     try {
         const FrameSource::Tolerance near{CMTime::positiveInfinity(), CMTime::zero()};
         SharedFrame frame = m_source->frameAt(time, near, stop);

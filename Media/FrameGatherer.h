@@ -67,6 +67,7 @@ private:
         SharedFrame last;
     };
 
+    void moveTo(std::int64_t tick);
     [[nodiscard]] SharedFrame goTo(const CMTime& time, const std::stop_token& stop);
     void placeAt(std::int64_t frameTime, const std::stop_token& stop);
     [[nodiscard]] SharedFrame sourceFrameAfter(std::int64_t time, FrameSource::Damage damage,
