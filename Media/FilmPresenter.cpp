@@ -13,10 +13,6 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// Seeks that follow each other faster are one drag: pictures near the place are then shown first.
-constexpr auto dragInterval = 250ms;
-// The picture shown, and its two neighbours.
-constexpr std::size_t picturesKept = 3;
 // How long neighbours are waited for before they are converted when they are asked for.
 constexpr auto neighbourPatience = 3s;
 // Playing begins when so many frames are decoded, or after so long.
@@ -31,9 +27,8 @@ constexpr auto shortWait = 5ms;
 FilmPresenter::FilmPresenter(std::shared_ptr<const MediaAsset> asset, std::function<void()> wake,
                              std::unique_ptr<FilmPresenter> predecessor)
     : m_asset(std::move(asset)), m_cache(m_asset->frameCache()), m_wake(std::move(wake)),
-      m_clock(std::make_shared<PlaybackClock>()),
-      m_sound(m_asset->path(), m_clock), m_commands{{Command::Verb::Seek, 0, CMTime::zero(), 0,
-                                                     nullptr}},
+      m_clock(std::make_shared<PlaybackClock>()), m_sound(m_asset->path(), m_clock),
+      m_commands({Command::Verb::Seek, 0, CMTime::zero(), 0, nullptr}),
       m_predecessor(std::move(predecessor)),
       m_thread([this](const std::stop_token& stop) { run(stop); }) {}
 
@@ -45,49 +40,26 @@ FilmPresenter::~FilmPresenter() {
 void FilmPresenter::dismiss() {
     m_sound.stop();
     m_thread.request_stop();
-    const std::lock_guard lock(m_mutex);
-    m_replacement.request_stop();
+    m_commands.withdraw();
 }
 
 // Commands, from the player's thread.
 
-void FilmPresenter::push(Command command) {
-    const std::lock_guard lock(m_mutex);
-    if (command.verb == Command::Verb::Seek) {
-        const auto now = SteadyClock::now();
-        m_isDragging = m_isSeeking || now - m_lastSeek < dragInterval;
-        m_lastSeek = now;
-        m_replacement.request_stop();
-        std::erase_if(m_commands, [](const Command& waiting) {
-            return waiting.verb == Command::Verb::Seek || waiting.verb == Command::Verb::Step;
-        });
-    }
-    const bool addsUp = command.verb == Command::Verb::Step && !m_commands.empty() &&
-                        m_commands.back().verb == Command::Verb::Step &&
-                        (m_commands.back().count > 0) == (command.count > 0);
-    if (addsUp) {
-        command.count += m_commands.back().count;
-        m_commands.pop_back();
-    }
-    m_commands.push_back(std::move(command));
-    m_commandsChanged.notify_all();
-}
-
 void FilmPresenter::seek(const CMTime& time, std::uint64_t serial) {
-    push({Command::Verb::Seek, serial, time, 0, nullptr});
+    m_commands.push({Command::Verb::Seek, serial, time, 0, nullptr});
 }
 
 void FilmPresenter::step(int count, std::uint64_t serial) {
-    push({Command::Verb::Step, serial, {}, count, nullptr});
+    m_commands.push({Command::Verb::Step, serial, {}, count, nullptr});
 }
 
 void FilmPresenter::play(std::uint64_t serial) {
-    push({Command::Verb::Play, serial, {}, 0, nullptr});
+    m_commands.push({Command::Verb::Play, serial, {}, 0, nullptr});
 }
 
 void FilmPresenter::rest(SharedFrame shown, std::uint64_t serial) {
     m_sound.stop();
-    push({Command::Verb::Rest, serial, {}, 0, std::move(shown)});
+    m_commands.push({Command::Verb::Rest, serial, {}, 0, std::move(shown)});
 }
 
 void FilmPresenter::setVolume(double volume, bool isMuted) {
@@ -111,7 +83,7 @@ void FilmPresenter::run(const std::stop_token& stop) {
     m_predecessor.reset();
     m_loader = std::make_unique<FrameLoader>(m_asset, m_cache);
     while (!stop.stop_requested()) {
-        if (const auto command = nextCommand(stop))
+        if (const auto command = m_commands.take(stop))
             carryOut(*command, stop);
         else if (m_isPlaying)
             play(stop);
@@ -121,31 +93,9 @@ void FilmPresenter::run(const std::stop_token& stop) {
     m_loader.reset();
 }
 
-bool FilmPresenter::hasCommand() const {
-    const std::lock_guard lock(m_mutex);
-    return !m_commands.empty();
-}
-
-std::optional<FilmPresenter::Command> FilmPresenter::nextCommand(const std::stop_token& stop) {
-    const std::lock_guard lock(m_mutex);
-    m_isSeeking = false;
-    if (m_commands.empty())
-        return std::nullopt;
-    Command command = std::move(m_commands.front());
-    m_commands.pop_front();
-    m_replacement = std::stop_source();
-    if (stop.stop_requested())
-        m_replacement.request_stop();
-    m_isSeeking = command.verb == Command::Verb::Seek;
-    return command;
-}
-
 void FilmPresenter::carryOut(const Command& command, const std::stop_token& stop) {
     m_serial = command.serial;
-    const std::stop_token replacement = [this] {
-        const std::lock_guard lock(m_mutex);
-        return m_replacement.get_token();
-    }();
+    const std::stop_token replacement = m_commands.withdrawal();
     try {
         switch (command.verb) {
         case Command::Verb::Seek:
@@ -171,11 +121,7 @@ void FilmPresenter::carryOut(const Command& command, const std::stop_token& stop
 
 void FilmPresenter::carryOutSeek(const CMTime& time, const std::stop_token& replacement,
                                  const std::stop_token& stop) {
-    const bool isDragging = [this] {
-        const std::lock_guard lock(m_mutex);
-        return m_isDragging;
-    }();
-    if (isDragging && !m_cache->frameAt(time)) {
+    if (m_commands.isDragging() && !m_cache->frameAt(time)) {
         const FrameLoader::Located near = m_loader->frameNear(time, stop);
         m_frame = near.frame;
         m_time = timeOf(*near.frame);
@@ -227,14 +173,14 @@ void FilmPresenter::settle(SharedFrame frame, const CMTime& time, FrameLoader::C
 /// once.
 void FilmPresenter::idle(const std::stop_token& stop) {
     const auto patience = SteadyClock::now() + neighbourPatience;
-    while (!hasCommand() && !stop.stop_requested() && SteadyClock::now() < patience) {
+    while (!m_commands.isAnyWaiting() && !stop.stop_requested() && SteadyClock::now() < patience) {
         const Neighbours neighbours = prepareNeighbour();
         if (neighbours == Neighbours::Ready)
             break;
         if (neighbours == Neighbours::Awaited)
-            waitForCommand(SteadyClock::now() + shortWait, stop);
+            m_commands.waitForOne(SteadyClock::now() + shortWait, stop);
     }
-    waitForCommand(SteadyClock::time_point::max(), stop);
+    m_commands.waitForOne(stop);
 }
 
 /// Converts one neighbour that is not yet.
@@ -246,8 +192,8 @@ FilmPresenter::Neighbours FilmPresenter::prepareNeighbour() {
     for (const bool isBackward : {m_travelsBackward, !m_travelsBackward}) {
         const SharedFrame neighbour = isBackward ? m_cache->before(time) : m_cache->after(time);
         const bool isAtEnd = isBackward ? m_cache->isFirst(time) : m_cache->isLast(time);
-        if (neighbour && !isConverted(*neighbour)) {
-            (void)pictureOf(neighbour);
+        if (neighbour && !m_pictures.has(*neighbour)) {
+            (void)m_pictures.of(neighbour);
             return Neighbours::Converted;
         }
         if (!neighbour && !isAtEnd)
@@ -259,7 +205,7 @@ FilmPresenter::Neighbours FilmPresenter::prepareNeighbour() {
 void FilmPresenter::play(const std::stop_token& stop) {
     try {
         startPlaying(stop);
-        while (!stop.stop_requested() && !hasCommand() && playNext(stop)) {
+        while (!stop.stop_requested() && !m_commands.isAnyWaiting() && playNext(stop)) {
         }
     } catch (const MediaError& error) {
         m_isPlaying = false;
@@ -281,7 +227,7 @@ void FilmPresenter::startPlaying(const std::stop_token& stop) {
     }
     m_loader->setPosition(m_frame, FrameLoader::Course::Playing);
     const auto patience = SteadyClock::now() + patienceToBegin;
-    while (!hasCommand() && !stop.stop_requested() && SteadyClock::now() < patience) {
+    while (!m_commands.isAnyWaiting() && !stop.stop_requested() && SteadyClock::now() < patience) {
         const std::int64_t progress = m_loader->progress();
         const auto stretch = m_cache->stretchAround(m_frame->presentationTime());
         if (stretch && (stretch->framesAhead >= framesToBegin || stretch->reachesEnd))
@@ -290,16 +236,16 @@ void FilmPresenter::startPlaying(const std::stop_token& stop) {
             break;
         m_loader->waitForProgress(progress, SteadyClock::now() + shortWait, stop);
     }
-    if (hasCommand() || stop.stop_requested())
+    if (m_commands.isAnyWaiting() || stop.stop_requested())
         return;
     const Timeline line = m_cache->timeline();
     const std::chrono::nanoseconds zero(av_rescale_q(line.zero, line.timeBase, {1, 1'000'000'000}));
     const auto from = std::chrono::nanoseconds(
         av_rescale(m_time.value, 1'000'000'000, std::max(1, m_time.timescale)));
     m_sound.play(from, zero);
-    while (!m_clock->isRunning() && !hasCommand() && !stop.stop_requested())
-        waitForCommand(SteadyClock::now() + shortWait, stop);
-    if (!hasCommand() && !stop.stop_requested())
+    while (!m_clock->isRunning() && !m_commands.isAnyWaiting() && !stop.stop_requested())
+        m_commands.waitForOne(SteadyClock::now() + shortWait, stop);
+    if (!m_commands.isAnyWaiting() && !stop.stop_requested())
         present(Kind::Playing, m_frame, m_time);
 }
 
@@ -313,7 +259,7 @@ bool FilmPresenter::playNext(const std::stop_token& stop) {
         catchUp(stop);
         return true;
     }
-    (void)pictureOf(next);
+    (void)m_pictures.of(next);
     if (!waitUntilDue(*next, stop))
         return true;
     m_frame = next;
@@ -335,7 +281,7 @@ bool FilmPresenter::waitForMore(std::int64_t progress, const std::stop_token& st
     const auto due =
         isLast && end ? m_clock->steadyTimeOf(m_cache->timeline().nanosecondsOf(*end)) : now;
     if (now < due) {
-        waitForCommand(due, stop);
+        m_commands.waitForOne(due, stop);
         return true;
     }
     m_isPlaying = false;
@@ -376,21 +322,10 @@ bool FilmPresenter::waitUntilDue(const VideoFrame& frame, const std::stop_token&
         const auto due = m_clock->steadyTimeOf(startOf(frame));
         if (SteadyClock::now() >= due)
             return true;
-        waitForCommand(std::min(due, SteadyClock::now() + 50ms), stop);
-        if (hasCommand() || stop.stop_requested())
+        m_commands.waitForOne(std::min(due, SteadyClock::now() + 50ms), stop);
+        if (m_commands.isAnyWaiting() || stop.stop_requested())
             return false;
     }
-}
-
-void FilmPresenter::waitForCommand(SteadyClock::time_point deadline, const std::stop_token& stop) {
-    std::unique_lock lock(m_mutex);
-    const auto isThere = [this] {
-        return !m_commands.empty();
-    };
-    if (deadline == SteadyClock::time_point::max())
-        m_commandsChanged.wait(lock, stop, isThere);
-    else
-        m_commandsChanged.wait_until(lock, stop, deadline, isThere);
 }
 
 CMTime FilmPresenter::timeOf(const VideoFrame& frame) const {
@@ -402,31 +337,13 @@ std::chrono::nanoseconds FilmPresenter::startOf(const VideoFrame& frame) const {
     return m_cache->timeline().nanosecondsOf(frame.presentationTime());
 }
 
-bool FilmPresenter::isConverted(const VideoFrame& frame) const {
-    return std::any_of(m_pictures.begin(), m_pictures.end(),
-                       [&frame](const Picture& picture) { return picture.frame.get() == &frame; });
-}
-
-const QImage& FilmPresenter::pictureOf(const SharedFrame& frame) {
-    const auto known = std::find_if(m_pictures.begin(), m_pictures.end(),
-                                    [&frame](const Picture& p) { return p.frame == frame; });
-    if (known != m_pictures.end()) {
-        std::rotate(known, known + 1, m_pictures.end());
-        return m_pictures.back().image;
-    }
-    if (m_pictures.size() >= picturesKept)
-        m_pictures.pop_front();
-    m_pictures.push_back({frame, m_converter.convert(*frame)});
-    return m_pictures.back().image;
-}
-
 void FilmPresenter::present(Kind kind, const SharedFrame& frame, const CMTime& time) {
-    post({kind, m_serial, frame, pictureOf(frame), time, false, std::nullopt});
+    post({kind, m_serial, frame, m_pictures.of(frame), time, false, std::nullopt});
 }
 
 void FilmPresenter::presentFailure(const MediaError& error) {
-    post({Kind::Failed, m_serial, m_frame, m_frame ? pictureOf(m_frame) : QImage(), m_time, false,
-          error});
+    post({Kind::Failed, m_serial, m_frame, m_frame ? m_pictures.of(m_frame) : QImage(), m_time,
+          false, error});
 }
 
 void FilmPresenter::post(Presentation presentation) {

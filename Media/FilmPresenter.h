@@ -3,16 +3,15 @@
 #pragma once
 
 #include "Media/CMTime.h"
+#include "Media/ConvertedPictures.h"
 #include "Media/FrameLoader.h"
-#include "Media/PictureConverter.h"
 #include "Media/PlaybackClock.h"
+#include "Media/PresenterCommands.h"
 #include "Media/SoundPlayer.h"
 
 #include <QImage>
 
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -73,24 +72,9 @@ public:
 private:
     using Kind = Presentation::Kind;
 
-    struct Command {
-        enum class Verb { Seek, Step, Play, Rest };
-        Verb verb = Verb::Seek;
-        std::uint64_t serial = 0;
-        CMTime time;
-        int count = 0;
-        SharedFrame frame;
-    };
+    using Command = PresenterCommands::Command;
     enum class Neighbours { Ready, Converted, Awaited };
-    struct Picture {
-        SharedFrame frame;
-        QImage image;
-    };
-
-    void push(Command command);
     void run(const std::stop_token& stop);
-    [[nodiscard]] std::optional<Command> nextCommand(const std::stop_token& stop);
-    [[nodiscard]] bool hasCommand() const;
     void carryOut(const Command& command, const std::stop_token& stop);
     void carryOutSeek(const CMTime& time, const std::stop_token& replacement,
                       const std::stop_token& stop);
@@ -108,13 +92,8 @@ private:
     [[nodiscard]] SharedFrame newestDue(SharedFrame next);
     void catchUp(const std::stop_token& stop);
     [[nodiscard]] bool waitUntilDue(const VideoFrame& frame, const std::stop_token& stop);
-    void waitForCommand(std::chrono::steady_clock::time_point deadline,
-                        const std::stop_token& stop);
-
     [[nodiscard]] CMTime timeOf(const VideoFrame& frame) const;
     [[nodiscard]] std::chrono::nanoseconds startOf(const VideoFrame& frame) const;
-    [[nodiscard]] bool isConverted(const VideoFrame& frame) const;
-    [[nodiscard]] const QImage& pictureOf(const SharedFrame& frame);
     void present(Kind kind, const SharedFrame& frame, const CMTime& time);
     void presentFailure(const MediaError& error);
     void post(Presentation presentation);
@@ -125,21 +104,16 @@ private:
     std::shared_ptr<PlaybackClock> m_clock;
     SoundPlayer m_sound;
 
+    PresenterCommands m_commands;
+
     mutable std::mutex m_mutex;
-    std::condition_variable_any m_commandsChanged;
-    std::deque<Command> m_commands; // guarded by m_mutex, as the following
-    std::stop_source m_replacement; ///< of the seek or step under way, by a newer seek
-    bool m_isSeeking = false;
-    bool m_isDragging = false;
-    std::chrono::steady_clock::time_point m_lastSeek;
-    std::optional<Presentation> m_presentation;
+    std::optional<Presentation> m_presentation; // guarded by m_mutex, as the following
     std::int64_t m_dropped = 0;
 
     // Of the thread alone:
     std::unique_ptr<FilmPresenter> m_predecessor;
     std::unique_ptr<FrameLoader> m_loader;
-    PictureConverter m_converter;
-    std::deque<Picture> m_pictures; ///< converted lately or ahead
+    ConvertedPictures m_pictures;
     std::uint64_t m_serial = 0;
     SharedFrame m_frame; ///< where the film stands
     CMTime m_time = CMTime::zero();

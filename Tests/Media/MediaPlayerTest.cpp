@@ -1,20 +1,12 @@
-// The player as whoever drives it sees it. That the pictures are the right ones is proved by random
-// walks in PlayerWalkTest.
-#include "EventLoop.h"
+// Seeks and steps as whoever asks for them sees them. That the pictures are the right ones is
+// proved by random walks in PlayerWalkTest.
+#include "PlayerFixture.h"
 #include "Reference.h"
 
-#include "Media/ImageGenerator.h"
-#include "Media/MediaAsset.h"
-#include "Media/MediaPlayer.h"
-
-#include <gtest/gtest.h>
-
-#include <QElapsedTimer>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -27,54 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 using Status = MediaPlayer::TimeControlStatus;
 
-// 90 pictures, 30 a second, a key picture every 24.
-const auto film = QStringLiteral(STILLWICK_CLIPS "/films/closed_h264.mp4");
-
-CMTime frameTime(std::int64_t frame) {
-    return CMTime::make(frame, 30);
-}
-
-CMTime middleOf(std::int64_t frame) {
-    return CMTime::make(2 * frame + 1, 60);
-}
-
-class MediaPlayerTest : public ::testing::Test {
-protected:
-    MediaPlayerTest() { application(); }
-
-    void open(const QString& path) {
-        asset = std::make_shared<MediaAsset>(path);
-        item = std::make_shared<MediaPlayerItem>(asset);
-        player.replaceCurrentItem(item);
-        ASSERT_TRUE(runUntil([this] { return !player.picture().isNull(); }));
-    }
-
-    void seekTo(const CMTime& time) {
-        player.seek(time, CMTime::zero(), CMTime::zero());
-        settle();
-    }
-
-    void stepBy(int count) {
-        item->step(count);
-        settle();
-    }
-
-    void settle() {
-        ASSERT_TRUE(runUntil([this] { return !player.isSeeking(); }));
-    }
-
-    [[nodiscard]] static QImage pictureAt(const QString& path, const CMTime& time) {
-        ImageGenerator generator(std::make_shared<MediaAsset>(path));
-        generator.setAppliesPreferredTrackTransform(true);
-        generator.setRequestedTimeToleranceBefore(CMTime::zero());
-        generator.setRequestedTimeToleranceAfter(CMTime::zero());
-        return generator.generateImage(time).image;
-    }
-
-    std::shared_ptr<MediaAsset> asset;
-    std::shared_ptr<MediaPlayerItem> item;
-    MediaPlayer player;
-};
+class MediaPlayerTest : public PlayerFixture {};
 
 TEST_F(MediaPlayerTest, AnEmptyPlayerDoesNothing) {
     player.play();
@@ -161,17 +106,6 @@ TEST_F(MediaPlayerTest, ANewerSeekReplacesStepsAskedBefore) {
     EXPECT_EQ(player.currentTime(), middleOf(5));
 }
 
-TEST_F(MediaPlayerTest, AStepDuringPlayingEndsItAndCountsFromThePictureSeen) {
-    open(film);
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(10); }));
-    const CMTime seen = player.currentTime();
-    item->step(1);
-    EXPECT_EQ(player.timeControlStatus(), Status::Paused);
-    settle();
-    EXPECT_EQ(player.currentTime(), seen + frameTime(1));
-}
-
 /// Walks through a film both ways; the times come from ffprobe.
 void expectEveryFrameOnce(MediaPlayer& player, MediaPlayerItem& item, const QString& path) {
     const ReferenceFilm reference = referenceFor(path);
@@ -195,7 +129,7 @@ void expectEveryFrameOnce(MediaPlayer& player, MediaPlayerItem& item, const QStr
     }
 }
 
-class EveryFrameTest : public MediaPlayerTest, public ::testing::WithParamInterface<const char*> {};
+class EveryFrameTest : public PlayerFixture, public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(EveryFrameTest, IsMetOnceStepByStepBothWays) {
     const QString path = QStringLiteral(STILLWICK_CLIPS "/films/") + QString::fromUtf8(GetParam());
@@ -214,80 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Clips, EveryFrameTest,
                              return name;
                          });
 
-TEST_F(MediaPlayerTest, PlayingEndsPausedOnTheLastFrameAtTheFilmsEnd) {
-    open(film);
-    seekTo(frameTime(75));
-    player.play();
-    EXPECT_EQ(player.timeControlStatus(), Status::Waiting);
-    std::vector<CMTime> times;
-    QObject::connect(&player, &MediaPlayer::pictureChanged, &player,
-                     [&] { times.push_back(player.currentTime()); });
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
-    EXPECT_EQ(player.currentTime(), frameTime(90));
-    EXPECT_EQ(player.picture(), pictureAt(film, frameTime(89)));
-    EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
-}
-
-TEST_F(MediaPlayerTest, PlayAtTheEndStartsAgainFromZero) {
-    open(film);
-    seekTo(frameTime(89));
-    player.play();
-    ASSERT_TRUE(runUntil([this] {
-        return player.timeControlStatus() == Status::Playing && player.currentTime() > frameTime(0);
-    }));
-    EXPECT_LT(player.currentTime(), frameTime(60));
-}
-
-TEST_F(MediaPlayerTest, PlayingGoesByTheClock) {
-    open(film);
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
-    const CMTime from = player.currentTime();
-    QElapsedTimer timer;
-    timer.start();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(65); }));
-    const double shown = (player.currentTime() - from).seconds();
-    const double wall = double(timer.nsecsElapsed()) / 1e9;
-    // A busy machine shows late, but what is shown keeps to the clock.
-    EXPECT_NEAR(shown, wall, 0.25);
-}
-
-TEST_F(MediaPlayerTest, ASeekDuringPlayingPlaysOnFromThere) {
-    open(film);
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
-    player.seek(frameTime(60), CMTime::zero(), CMTime::zero());
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() > frameTime(62); }));
-    EXPECT_EQ(player.timeControlStatus(), Status::Playing);
-}
-
-TEST_F(MediaPlayerTest, APauseKeepsThePictureSeen) {
-    open(film);
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(20); }));
-    player.pause();
-    const CMTime time = player.currentTime();
-    const QImage picture = player.picture();
-    runFor(200ms);
-    EXPECT_EQ(player.currentTime(), time);
-    EXPECT_EQ(player.picture(), picture);
-    EXPECT_EQ(picture, pictureAt(film, time));
-}
-
-TEST_F(MediaPlayerTest, WhatIsGrabbedAtTheTimeShownIsTheFrameShownEvenWhereTheFilmIsDamaged) {
-    const auto damaged = QStringLiteral(STILLWICK_CLIPS "/films/damaged.mp4");
-    open(damaged);
-    ImageGenerator generator(asset);
-    generator.setAppliesPreferredTrackTransform(true);
-    generator.setRequestedTimeToleranceBefore(CMTime::zero());
-    for (int i = 0; i < 40; ++i) {
-        stepBy(i % 3 == 2 ? -1 : 2);
-        ASSERT_EQ(generator.generateImage(player.currentTime()).image, player.picture());
-    }
-}
-
 TEST_F(MediaPlayerTest, ADraggedSliderShowsPicturesAllTheWayAndEndsOnTheExactOne) {
-    const auto longFilm = QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4");
     open(longFilm);
     const CMTime end = asset->loadDuration().result();
     int shown = 0;
@@ -344,7 +205,7 @@ TEST_F(MediaPlayerTest, ARemovedObserverIsNeverCalledAgain) {
 }
 
 TEST_F(MediaPlayerTest, SeeksDuringSeeksAreAnsweredInTheirOrderAndTheNewestStays) {
-    open(QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4"));
+    open(longFilm);
     const std::vector<CMTime> asked = {CMTime::make(9001, 600), CMTime::make(301, 600),
                                        CMTime::make(6001, 600), CMTime::make(2401, 600)};
     std::vector<std::string> log;
@@ -367,19 +228,6 @@ TEST_F(MediaPlayerTest, SeeksDuringSeeksAreAnsweredInTheirOrderAndTheNewestStays
     EXPECT_TRUE(std::is_sorted(log.begin(), log.end()));
 }
 
-TEST_F(MediaPlayerTest, AnotherFilmTakesThePlaceOfOneThatIsStillSeeking) {
-    open(QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4"));
-    player.seek(CMTime::make(1000, 1), CMTime::zero(), CMTime::zero());
-    std::vector<CMTime> times;
-    QObject::connect(&player, &MediaPlayer::pictureChanged, &player,
-                     [&] { times.push_back(player.currentTime()); });
-    open(film);
-    EXPECT_EQ(player.currentTime(), CMTime::zero());
-    EXPECT_EQ(player.picture(), pictureAt(film, CMTime::zero()));
-    for (const CMTime& time : times)
-        EXPECT_EQ(time, CMTime::zero());
-}
-
 TEST_F(MediaPlayerTest, ASeekGivenWhileTheFilmOpensIsCarriedOut) {
     asset = std::make_shared<MediaAsset>(film);
     item = std::make_shared<MediaPlayerItem>(asset);
@@ -388,15 +236,6 @@ TEST_F(MediaPlayerTest, ASeekGivenWhileTheFilmOpensIsCarriedOut) {
     settle();
     EXPECT_EQ(player.currentTime(), middleOf(33));
     EXPECT_EQ(player.picture(), pictureAt(film, middleOf(33)));
-}
-
-TEST_F(MediaPlayerTest, AnItemThatWasReplacedStepsNoMore) {
-    open(film);
-    const auto old = item;
-    open(film);
-    old->step(5);
-    runFor(50ms);
-    EXPECT_EQ(player.currentTime(), CMTime::zero());
 }
 
 TEST_F(MediaPlayerTest, ASeekPastTheEndShowsTheLastFrameAtTheFilmsEnd) {
@@ -418,79 +257,6 @@ TEST_F(MediaPlayerTest, ASeekToWhatIsNotATimeIsIgnored) {
     player.seek(CMTime::indefinite(), CMTime::zero(), CMTime::zero());
     player.seek(CMTime::make(1, 0), CMTime::zero(), CMTime::zero());
     EXPECT_FALSE(player.isSeeking());
-}
-
-TEST_F(MediaPlayerTest, AFileThatIsNoFilmFailsWithASentence) {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("notes.mp4"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("Ceci n'est pas un film.");
-    file.close();
-    QString why;
-    QObject::connect(&player, &MediaPlayer::failed, &player,
-                     [&why](const QString& description) { why = description; });
-    asset = std::make_shared<MediaAsset>(path);
-    item = std::make_shared<MediaPlayerItem>(asset);
-    player.replaceCurrentItem(item);
-    ASSERT_TRUE(runUntil([&why] { return !why.isEmpty(); }));
-    EXPECT_EQ(why, QStringLiteral("Ce type de fichier n'est pas pris en charge."));
-    player.play();
-    item->step(1);
-    ASSERT_TRUE(runUntil(
-        [this] { return !player.isSeeking() && player.timeControlStatus() == Status::Paused; }));
-    EXPECT_TRUE(player.picture().isNull());
-}
-
-TEST_F(MediaPlayerTest, AFilmDeletedWhileItPlaysPlaysToItsEnd) {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("film.mp4"));
-    ASSERT_TRUE(QFile::copy(film, path));
-    open(path);
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.currentTime() >= frameTime(5); }));
-    ASSERT_TRUE(QFile::remove(path));
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
-    EXPECT_EQ(player.currentTime(), frameTime(90));
-}
-
-TEST_F(MediaPlayerTest, AFilmCutOffWhileItPlaysPlaysWhatCanBeReadAndThenPauses) {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("film.ts"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(STILLWICK_CLIPS "/films/closed_h264.ts"), path));
-    open(path);
-    ASSERT_TRUE(QFile::resize(path, QFile(path).size() / 3));
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Playing; }));
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
-    EXPECT_FALSE(player.picture().isNull());
-}
-
-TEST_F(MediaPlayerTest, ADamagedStretchIsPassedWithTheLastGoodPictureHeld) {
-    open(QStringLiteral(STILLWICK_CLIPS "/films/damaged.mp4"));
-    player.play();
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Playing; }));
-    ASSERT_TRUE(runUntil([this] { return player.timeControlStatus() == Status::Paused; }));
-    EXPECT_EQ(player.currentTime(), asset->loadDuration().result());
-}
-
-TEST_F(MediaPlayerTest, ClosingInTheMidstOfADecodeDoesNotWaitForItsEnd) {
-    const auto longFilm = QStringLiteral(STILLWICK_CLIPS "/long/one_group.mp4");
-    const CMTime end = MediaAsset(longFilm).loadDuration().result();
-    QElapsedTimer timer;
-    timer.start();
-    (void)pictureAt(longFilm, end);
-    const qint64 whole = timer.elapsed();
-    auto closing = std::make_unique<MediaPlayer>();
-    closing->replaceCurrentItem(
-        std::make_shared<MediaPlayerItem>(std::make_shared<MediaAsset>(longFilm)));
-    ASSERT_TRUE(runUntil([&] { return !closing->picture().isNull(); }));
-    closing->seek(end, CMTime::zero(), CMTime::zero());
-    runFor(50ms);
-    EXPECT_TRUE(closing->isSeeking());
-    timer.start();
-    closing.reset();
-    EXPECT_LT(timer.elapsed(), std::max<qint64>(100, whole / 4));
 }
 
 TEST_F(MediaPlayerTest, AFilmsFirstPictureMayBeginAfterItsZero) {
