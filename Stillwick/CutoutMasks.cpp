@@ -1,10 +1,12 @@
-// cutout-masks FOLDER OUT: the cut-outs of a folder's pictures as grey masks, for scoring.
+// cutout-masks [--classical] FOLDER OUT: the cut-outs of a folder's pictures as grey masks, for
+// scoring; by the method without a network where that is asked for.
 //
 // For each picture NAME.* writes OUT/NAME.png, its opacity, and OUT/NAME.inst.png, the number of
 // the subject of each pixel; both all zero where no subject was found.
 
 #include "Stillwick/AppError.h"
 #include "Stillwick/SubjectExtractionService.h"
+#include "Vision/ClassicalSegmenter.h"
 #include "Vision/VisionError.h"
 
 #include <QCoreApplication>
@@ -16,8 +18,7 @@
 #include <QTextStream>
 #include <QtConcurrentMap>
 
-#include <limits>
-#include <numeric>
+#include <memory>
 #include <vector>
 
 namespace stillwick {
@@ -38,21 +39,22 @@ QImage emptyMask(QSize size) {
     return mask;
 }
 
-// Writes `value`, or the opacity itself where there is none, wherever the cut-out is visible.
-void draw(const QImage& cutOut, QImage& mask, int value) {
-    for (int y = 0; y < mask.height(); ++y) {
+// Draws the opacity of one subject, and its number where it is visible. Subjects do not overlap, so
+// that all together give the merged cut-out.
+void draw(const QImage& cutOut, int number, QImage& opacity, QImage& indices) {
+    for (int y = 0; y < opacity.height(); ++y) {
         const uchar* alpha = cutOut.constScanLine(y) + 3;
-        uchar* row = mask.scanLine(y);
-        for (int x = 0; x < mask.width(); ++x)
-            if (alpha[4 * x] > 0)
-                row[x] = value > 0 ? static_cast<uchar>(value) : alpha[4 * x];
+        for (int x = 0; x < opacity.width(); ++x)
+            if (alpha[4 * x] > 0) {
+                opacity.scanLine(y)[x] = alpha[4 * x];
+                indices.scanLine(y)[x] = static_cast<uchar>(number);
+            }
     }
 }
 
-std::vector<QImage> subjectsOrNone(const SubjectExtractionService& service, const QImage& picture,
-                                   ExportMode mode) {
+std::vector<QImage> subjectsOrNone(const SubjectExtractionService& service, const QImage& picture) {
     try {
-        return service.extractNow(picture, mode, false);
+        return service.extractNow(picture, ExportMode::perSubject, false);
     } catch (const AppError& error) {
         if (error.kind() == AppError::Case::noSubjectFound)
             return {};
@@ -72,14 +74,11 @@ void cutOutPicture(const SubjectExtractionService& service, Job& job) {
     QImage indices = emptyMask(picture.size());
     QElapsedTimer timer;
     timer.start();
-    const std::vector<QImage> merged = subjectsOrNone(service, picture, ExportMode::merged);
+    const std::vector<QImage> subjects = subjectsOrNone(service, picture);
     job.seconds = static_cast<double>(timer.nsecsElapsed()) * 1e-9;
-    const std::vector<QImage> single = subjectsOrNone(service, picture, ExportMode::perSubject);
-    job.subjects = single.size();
-    for (const QImage& cutOut : merged)
-        draw(cutOut, opacity, 0);
-    for (std::size_t i = 0; i < single.size(); ++i)
-        draw(single[i], indices, static_cast<int>(i) + 1);
+    job.subjects = subjects.size();
+    for (std::size_t i = 0; i < subjects.size(); ++i)
+        draw(subjects[i], static_cast<int>(i) + 1, opacity, indices);
     if (!opacity.save(job.target + QStringLiteral(".png")) ||
         !indices.save(job.target + QStringLiteral(".inst.png")))
         job.failure = QStringLiteral("not written");
@@ -125,14 +124,16 @@ int report(const std::vector<Job>& jobs, double wall) {
     return failures == 0 && !jobs.empty() ? 0 : 1;
 }
 
-int run(const QStringList& arguments) {
+int run(QStringList arguments) {
+    const bool classical = arguments.removeAll(QStringLiteral("--classical")) > 0;
     if (arguments.size() != 3 || !QDir().mkpath(arguments[2])) {
-        QTextStream(stderr) << "usage: cutout-masks FOLDER OUT\n";
+        QTextStream(stderr) << "usage: cutout-masks [--classical] FOLDER OUT\n";
         return 2;
     }
     QImageReader::setAllocationLimit(0);
     std::vector<Job> jobs = jobsOf(arguments[1], arguments[2]);
-    const SubjectExtractionService service;
+    const SubjectExtractionService service(classical ? std::make_shared<const ClassicalSegmenter>()
+                                                     : standardSegmenter());
     QElapsedTimer timer;
     timer.start();
     QtConcurrent::blockingMap(jobs, [&service](Job& job) { work(service, job); });

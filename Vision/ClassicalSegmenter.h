@@ -1,5 +1,5 @@
-// Finds subjects without a network: contrast with the frame, a cut of least cost, waists
-// between subjects. Internal to Vision. Stateless, any thread.
+// Finds subjects without a network: contrast with the frame, a cut of least cost, waists between
+// subjects. What the network is measured against. Stateless, any thread.
 #pragma once
 
 #include "Vision/ForegroundSegmenter.h"

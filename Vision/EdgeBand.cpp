@@ -1,15 +1,19 @@
 #include "Vision/EdgeBand.h"
 
+#include "Vision/ParallelJobs.h"
+#include "Vision/Tiles.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
+#include <vector>
 
 namespace stillwick {
 namespace {
 
-constexpr int tileSide = 128;
 // The softness, in coarse pixels, at which the mask enters the filter.
 constexpr double maskBlur = .8;
 // The least variance that counts as an edge, of colours from 0 to 1.
@@ -113,29 +117,22 @@ public:
         : m_picture(picture), m_result(picture.size()),
           m_scale(static_cast<double>(mask.cols) / picture.cols,
                   static_cast<double>(mask.rows) / picture.rows),
-          m_radius(std::max(2, static_cast<int>(std::lround(1 / std::max(m_scale.x, m_scale.y))))) {
+          m_radius(edgeRadius(picture.size(), mask.size())) {
         mask.convertTo(m_coarse, CV_32F, 1.0 / 255);
         cv::GaussianBlur(m_coarse, m_coarse, {5, 5}, maskBlur, maskBlur, cv::BORDER_REPLICATE);
     }
 
     cv::Mat1b run() {
-        const int across = (m_picture.cols + tileSide - 1) / tileSide;
-        const int down = (m_picture.rows + tileSide - 1) / tileSide;
-        cv::parallel_for_({0, across * down}, [this, across](const cv::Range& range) {
-            for (int i = range.start; i < range.end; ++i)
-                refine({i % across * tileSide, i / across * tileSide, tileSide, tileSide});
-        });
+        std::vector<std::function<void()>> jobs;
+        for (const cv::Rect& tile : tilesOf(m_picture.size()))
+            jobs.emplace_back([this, tile] { refine(tile); });
+        runSideBySide(jobs);
         return m_result;
     }
 
 private:
-    void refine(cv::Rect tile) {
-        const cv::Rect frame({}, m_picture.size());
-        tile &= frame;
-        const int margin = 2 * m_radius;
-        const cv::Rect wide = cv::Rect(tile.x - margin, tile.y - margin, tile.width + 2 * margin,
-                                       tile.height + 2 * margin) &
-                              frame;
+    void refine(const cv::Rect& tile) {
+        const cv::Rect wide = withMargin(tile, 2 * m_radius, m_picture.size());
         const cv::Rect inner(tile.tl() - wide.tl(), tile.size());
         const cv::Mat1f coarse = coarseAt(wide);
         double lowest = 0;
@@ -171,6 +168,12 @@ private:
 };
 
 } // namespace
+
+int edgeRadius(cv::Size picture, cv::Size mask) {
+    const double across = static_cast<double>(picture.width) / mask.width;
+    const double down = static_cast<double>(picture.height) / mask.height;
+    return std::max(2, static_cast<int>(std::lround(std::min(across, down))));
+}
 
 cv::Mat1b edgeRefined(const cv::Mat4b& picture, const cv::Mat1b& mask) {
     return Refiner(picture, mask).run();

@@ -12,4 +12,7 @@ namespace stillwick {
 /// *Source*: He et al., Guided Image Filtering, PAMI 2013.
 [[nodiscard]] cv::Mat1b edgeRefined(const cv::Mat4b& picture, const cv::Mat1b& mask);
 
+/// About half the width, in pixels of the picture, within which the edge of such a mask is soft.
+[[nodiscard]] int edgeRadius(cv::Size picture, cv::Size mask);
+
 } // namespace stillwick

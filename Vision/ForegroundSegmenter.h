@@ -1,13 +1,23 @@
-// The one place behind which the way of finding subjects hides: another method takes the place of
-// the classical one by implementing this. Immutable objects, any thread.
+// The one place behind which the way of finding subjects hides: a method takes the place of another
+// by implementing this. Immutable objects, any thread.
 #pragma once
 
 #include <QImage>
+#include <QPoint>
 
+#include <array>
 #include <memory>
 #include <stop_token>
+#include <vector>
 
 namespace stillwick {
+
+/// What a pixel of a soft edge looks like without the background that shines through.
+struct EdgeColour {
+    QPoint place;
+    /// *Shape*: red, green, blue.
+    std::array<uchar, 3> colour{};
+};
 
 /// What of a picture is subject.
 struct Foreground {
@@ -18,6 +28,9 @@ struct Foreground {
     /// above 0, 0 elsewhere. Each instance has at least one pixel.
     QImage labels;
     int instanceCount = 0;
+    /// Of pixels whose `alpha` is neither 0 nor 255, each at most once; the others have the
+    /// picture's colours.
+    std::vector<EdgeColour> edgeColours = {};
 };
 
 /// A way of finding the subjects of a picture.
@@ -38,7 +51,8 @@ public:
     [[nodiscard]] virtual Foreground segment(const QImage& picture, std::stop_token stop) const = 0;
 };
 
-/// The method that requests use unless told otherwise.
+/// The method that requests use unless told otherwise; null where the program's own weights are
+/// damaged.
 [[nodiscard]] std::shared_ptr<const ForegroundSegmenter> standardSegmenter();
 
 } // namespace stillwick

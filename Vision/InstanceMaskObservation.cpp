@@ -36,7 +36,7 @@ uchar faded(uchar alpha, uchar by) {
     return static_cast<uchar>((alpha * by + 127) / 255);
 }
 
-// Colours stay whole under a soft edge: opacity stands beside them, not in them.
+// Straight alpha: opacity stands beside the colours, not in them.
 void maskRow(const uchar* picture, const uchar* alpha, const uchar* labels, const Choice& choice,
              std::span<uchar> result) {
     for (std::size_t x = 0; 4 * x < result.size(); ++x) {
@@ -81,7 +81,20 @@ QImage InstanceMaskObservation::generateMaskedImage(std::span<const int> instanc
                 m_foreground.alpha.constScanLine(area.y() + y) + area.x(),
                 m_foreground.labels.constScanLine(area.y() + y) + area.x(), choice,
                 {result.scanLine(y), rowBytes});
+    colourEdge(area, result);
     return result;
+}
+
+// What is not chosen stays all zeros.
+void InstanceMaskObservation::colourEdge(const QRect& area, QImage& image) const {
+    for (const EdgeColour& edge : m_foreground.edgeColours) {
+        const QPoint place = edge.place - area.topLeft();
+        if (!image.valid(place))
+            continue;
+        uchar* pixel = image.scanLine(place.y()) + std::ptrdiff_t{4} * place.x();
+        if (pixel[3] > 0)
+            std::copy(edge.colour.begin(), edge.colour.end(), pixel);
+    }
 }
 
 QRect InstanceMaskObservation::extentOf(std::span<const bool> chosen) const {

@@ -29,7 +29,8 @@ public:
     [[nodiscard]] const std::vector<int>& allInstances() const noexcept { return m_instances; }
 
     /// The handler's picture with every pixel outside `instances` transparent. Pixels well inside
-    /// are the picture's own, to the bit; at the edge they fade and keep their colour.
+    /// are the picture's own, to the bit; where the edge is soft they fade and have the colour of
+    /// the subject alone.
     /// *Shape*: Format_RGBA8888 (straight alpha, all zeros where it is 0), the picture's colour
     /// space. *Errors*: VisionError: UnknownInstance where `instances` is empty or names one that
     /// `allInstances` does not hold; OtherPicture where the handler's picture has another size;
@@ -40,6 +41,7 @@ public:
 
 private:
     [[nodiscard]] QRect extentOf(std::span<const bool> chosen) const;
+    void colourEdge(const QRect& area, QImage& image) const;
 
     Foreground m_foreground;
     std::vector<int> m_instances;

@@ -20,6 +20,10 @@ constexpr float leastSeparable = .66F;
 constexpr float mostRepeated = .42F;
 constexpr float mostAlongFrame = .4F;
 constexpr int mostCrossings = 4;
+// Of 117 pictures with subjects, 57 of people, one meets the frame more often, and none has more of
+// it.
+constexpr int surfaceCrossings = 5;
+constexpr float surfaceAlongFrame = .55F;
 
 // Half the distance at which the change of colour is measured.
 constexpr int reach = 2;
@@ -96,8 +100,11 @@ SubjectEvidence subjectEvidence(const WorkingPicture& picture, const cv::Mat1b& 
     return evidence;
 }
 
-bool showsSubject(const WorkingPicture& picture, const cv::Mat1b& mask) {
-    const SubjectEvidence evidence = subjectEvidence(picture, mask);
+bool showsSurface(const SubjectEvidence& evidence) {
+    return evidence.crossings > surfaceCrossings || evidence.alongFrame > surfaceAlongFrame;
+}
+
+bool showsSubject(const SubjectEvidence& evidence) {
     return evidence.share > 0 && evidence.share <= mostShare && evidence.step >= leastStep &&
            evidence.relativeStep >= leastRelativeStep && evidence.separable >= leastSeparable &&
            evidence.repeated <= mostRepeated && evidence.alongFrame <= mostAlongFrame &&

@@ -27,7 +27,11 @@ struct SubjectEvidence {
 /// The evidence for a mask of 0 and 255.
 [[nodiscard]] SubjectEvidence subjectEvidence(const WorkingPicture& picture, const cv::Mat1b& mask);
 
-/// True where the evidence is enough.
-[[nodiscard]] bool showsSubject(const WorkingPicture& picture, const cv::Mat1b& mask);
+/// True where a mask lies along so much of the frame, or meets it so often, that it shows stripes
+/// or a ground rather than a subject, whatever speaks for it.
+[[nodiscard]] bool showsSurface(const SubjectEvidence& evidence);
+
+/// True where the evidence is enough without any other.
+[[nodiscard]] bool showsSubject(const SubjectEvidence& evidence);
 
 } // namespace stillwick

@@ -3,6 +3,7 @@
 #include "Await.h"
 #include "ColumnSegmenter.h"
 #include "Stillwick/AppError.h"
+#include "Vision/NetworkSegmenter.h"
 #include "Vision/VisionError.h"
 
 #include <QCoroTask>
@@ -139,6 +140,25 @@ TEST_F(SubjectExtractionServiceTest, WithoutASegmenterLiftingIsUnavailable) {
         FAIL() << "nothing was thrown";
     } catch (const AppError& error) {
         EXPECT_EQ(error, AppError::subjectLiftingUnavailable());
+    }
+}
+
+// The program's own weights, cut short and with one bit turned: no picture is looked at, not even
+// one that is none.
+TEST_F(SubjectExtractionServiceTest, DamagedOrMissingWeightsMakeLiftingUnavailable) {
+    const std::span<const std::byte> whole = networkWeights();
+    std::vector<std::byte> turned(whole.begin(), whole.end());
+    turned[turned.size() / 2] ^= std::byte{1};
+    for (const std::span<const std::byte> weights :
+         {std::span<const std::byte>(), whole.first(whole.size() - 1),
+          std::span<const std::byte>(turned)}) {
+        const SubjectExtractionService service(networkSegmenter(weights));
+        try {
+            static_cast<void>(service.extractNow(QImage(), ExportMode::merged, false));
+            FAIL() << "nothing was thrown";
+        } catch (const AppError& error) {
+            EXPECT_EQ(error, AppError::subjectLiftingUnavailable());
+        }
     }
 }
 

@@ -9,37 +9,9 @@
 namespace stillwick {
 namespace {
 
-// A well mixed number from 0 to 1 for each pixel, the same on every machine.
-double noiseAt(int x, int y, std::uint32_t seed) {
-    std::uint32_t h = seed * 0x9E3779B9U + static_cast<std::uint32_t>(x) * 0x85EBCA6BU +
-                      static_cast<std::uint32_t>(y) * 0xC2B2AE35U;
-    h = (h ^ (h >> 15U)) * 0x2C1B3C6DU;
-    h = (h ^ (h >> 12U)) * 0x297A2D39U;
-    return static_cast<double>(h ^ (h >> 15U)) / 4294967295.0;
-}
-
 QColor shade(double level) {
     const int grey = std::clamp(static_cast<int>(std::lround(level)), 0, 255);
     return {grey, grey, grey};
-}
-
-QColor between(const QColor& a, const QColor& b, double part) {
-    const auto mix = [part](int from, int to) {
-        return static_cast<int>(std::lround(from + (to - from) * part));
-    };
-    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
-}
-
-// Noise that varies over `grain` pixels.
-double cloudAt(int x, int y, int grain, std::uint32_t seed) {
-    const int left = x / grain;
-    const int top = y / grain;
-    const double fx = static_cast<double>(x % grain) / grain;
-    const double fy = static_cast<double>(y % grain) / grain;
-    const double upper = noiseAt(left, top, seed) * (1 - fx) + noiseAt(left + 1, top, seed) * fx;
-    const double lower =
-        noiseAt(left, top + 1, seed) * (1 - fx) + noiseAt(left + 1, top + 1, seed) * fx;
-    return upper * (1 - fy) + lower * fy;
 }
 
 constexpr QSize plainSize(320, 200);
@@ -120,6 +92,32 @@ void addPatterns(std::vector<PlainPicture>& pictures) {
 
 } // namespace
 
+double noiseAt(int x, int y, std::uint32_t seed) {
+    std::uint32_t h = seed * 0x9E3779B9U + static_cast<std::uint32_t>(x) * 0x85EBCA6BU +
+                      static_cast<std::uint32_t>(y) * 0xC2B2AE35U;
+    h = (h ^ (h >> 15U)) * 0x2C1B3C6DU;
+    h = (h ^ (h >> 12U)) * 0x297A2D39U;
+    return static_cast<double>(h ^ (h >> 15U)) / 4294967295.0;
+}
+
+QColor between(const QColor& a, const QColor& b, double part) {
+    const auto mix = [part](int from, int to) {
+        return static_cast<int>(std::lround(from + (to - from) * part));
+    };
+    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
+
+double cloudAt(int x, int y, int grain, std::uint32_t seed) {
+    const int left = x / grain;
+    const int top = y / grain;
+    const double fx = static_cast<double>(x % grain) / grain;
+    const double fy = static_cast<double>(y % grain) / grain;
+    const double upper = noiseAt(left, top, seed) * (1 - fx) + noiseAt(left + 1, top, seed) * fx;
+    const double lower =
+        noiseAt(left, top + 1, seed) * (1 - fx) + noiseAt(left + 1, top + 1, seed) * fx;
+    return upper * (1 - fy) + lower * fy;
+}
+
 QImage painted(QSize size, const std::function<QColor(int x, int y)>& colour) {
     QImage image(size, QImage::Format_RGBA8888_Premultiplied);
     image.setColorSpace(QColorSpace(QColorSpace::SRgb));
@@ -142,12 +140,19 @@ QImage discsOnGrass(QSize size, const std::vector<Disc>& discs) {
     });
 }
 
-std::vector<PlainPicture> picturesWithoutSubject() {
+std::vector<PlainPicture> simplePictures() {
     std::vector<PlainPicture> pictures;
     addWalls(pictures);
     addGradients(pictures);
     addNoise(pictures);
     addPatterns(pictures);
+    return pictures;
+}
+
+std::vector<PlainPicture> picturesWithoutSubject() {
+    std::vector<PlainPicture> pictures = simplePictures();
+    const std::vector<PlainPicture> more = surfaces();
+    pictures.insert(pictures.end(), more.begin(), more.end());
     return pictures;
 }
 

@@ -6,6 +6,7 @@
 #include <QRect>
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -34,6 +35,21 @@ struct PlainPicture {
 };
 
 /// Walls, gradients, noise, stripes and checks.
+[[nodiscard]] std::vector<PlainPicture> simplePictures();
+
+/// Skies, plaster, wood, water, grass, cloth and more, each in several kinds.
+[[nodiscard]] std::vector<PlainPicture> surfaces();
+
+/// All of the above.
 [[nodiscard]] std::vector<PlainPicture> picturesWithoutSubject();
+
+/// A well mixed number from 0 to 1 for each pixel, the same on every machine.
+[[nodiscard]] double noiseAt(int x, int y, std::uint32_t seed);
+
+/// Noise that varies over `grain` pixels, from 0 to 1. *Shape*: x and y not negative.
+[[nodiscard]] double cloudAt(int x, int y, int grain, std::uint32_t seed);
+
+/// The colour at `part`, 0 to 1, of the way from one to another.
+[[nodiscard]] QColor between(const QColor& a, const QColor& b, double part);
 
 } // namespace stillwick

@@ -91,6 +91,24 @@ TEST_F(InstanceMaskObservationTest, AnEdgePixelKeepsItsColourToTheBit) {
     EXPECT_EQ(pixel[3], 128);
 }
 
+TEST_F(InstanceMaskObservationTest, ASoftPixelTakesTheColourOfTheSubjectAlone) {
+    Foreground foreground = twoInstances();
+    foreground.edgeColours = {{QPoint(1, 1), {1, 2, 3}}, {QPoint(4, 1), {4, 5, 6}}};
+    const InstanceMaskObservation coloured(foreground);
+    const QImage whole =
+        coloured.generateMaskedImage(both, handler, MaskedImageExtent::WholePicture);
+    EXPECT_EQ(whole.pixelColor(1, 1), QColor(1, 2, 3, 128));
+    EXPECT_EQ(whole.pixelColor(4, 1), QColor(4, 5, 6, 128));
+    EXPECT_EQ(whole.pixelColor(1, 0), orange);
+    const QImage cropped =
+        coloured.generateMaskedImage(second, handler, MaskedImageExtent::CroppedToInstances);
+    EXPECT_EQ(cropped.pixelColor(0, 0), orange);
+    EXPECT_EQ(cropped.pixelColor(1, 0), QColor(4, 5, 6, 128));
+    const QImage one =
+        coloured.generateMaskedImage(second, handler, MaskedImageExtent::WholePicture);
+    EXPECT_EQ(one.pixel(1, 1), 0U);
+}
+
 TEST_F(InstanceMaskObservationTest, OneInstanceShowsOnlyItself) {
     const QImage image =
         observation.generateMaskedImage(second, handler, MaskedImageExtent::WholePicture);

@@ -105,17 +105,20 @@ TEST(SubjectSearchTest, TouchingDiscsAreTwoInstances) {
     EXPECT_GT(overlap(found, {left, right}), .96);
 }
 
-class PictureWithoutSubjectTest : public testing::TestWithParam<std::size_t> {};
-
-TEST_P(PictureWithoutSubjectTest, ShowsNone) {
-    const PlainPicture plain = picturesWithoutSubject().at(GetParam());
-    const Foreground found = searched(plain.picture);
-    EXPECT_EQ(found.instanceCount, 0) << plain.name.toStdString();
-    expectSound(found, plain.picture.size());
+// Of walls, textures and skies at most one in twenty may be taken for a subject.
+TEST(SubjectSearchTest, PicturesWithoutSubjectShowNone) {
+    const std::vector<PlainPicture> pictures = picturesWithoutSubject();
+    ASSERT_GE(pictures.size(), 60U);
+    QStringList wrong;
+    for (const PlainPicture& plain : pictures) {
+        const Foreground found = searched(plain.picture);
+        expectSound(found, plain.picture.size());
+        if (found.instanceCount > 0)
+            wrong.append(plain.name);
+    }
+    EXPECT_LE(wrong.size(), static_cast<qsizetype>(pictures.size() / 20))
+        << wrong.join(QStringLiteral(", ")).toStdString();
 }
-
-INSTANTIATE_TEST_SUITE_P(AllPlain, PictureWithoutSubjectTest,
-                         testing::Range(std::size_t{0}, picturesWithoutSubject().size()));
 
 TEST(SubjectSearchTest, TinyAndNarrowPicturesAreAnswered) {
     for (const QSize size : {QSize(1, 1), QSize(1, 40), QSize(40, 1), QSize(3, 3), QSize(7, 9),
