@@ -10,8 +10,10 @@
 
 namespace stillwick::testing {
 
-/// The application object, made by the first test that asks for it.
+/// The application object: the program's, else one made by the first test that asks for it.
 inline QCoreApplication& application() {
+    if (QCoreApplication::instance() != nullptr)
+        return *QCoreApplication::instance();
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
