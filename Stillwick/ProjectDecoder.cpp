@@ -34,7 +34,7 @@ bool isIdentifier(QStringView text) {
     constexpr std::u16string_view digits = u"0123456789abcdefABCDEF";
     const auto fits = [&](QChar character, char16_t expected) {
         return expected == u'-' ? character == u'-'
-                                : digits.find(character.unicode()) != digits.npos;
+                                : digits.find(character.unicode()) != std::u16string_view::npos;
     };
     return std::equal(text.begin(), text.end(), form.begin(), form.end(), fits);
 }
