@@ -273,6 +273,13 @@ QRect InterfaceStyle::subControlRect(ComplexControl control, const QStyleOptionC
     return QProxyStyle::subControlRect(control, option, subControl, widget);
 }
 
+QRect InterfaceStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                     const QWidget* widget) const {
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    constexpr int textMargin = 5;
+    return element == SE_LineEditContents ? rect.adjusted(textMargin, 0, -textMargin, 0) : rect;
+}
+
 QSize InterfaceStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                        const QSize& size, const QWidget* widget) const {
     constexpr int controlHeight = 30;

@@ -85,6 +85,7 @@ PlayerControls::PlayerControls(QWidget* view)
             stayAWhile();
     });
     place();
+    show(); // the view may be shown already
 }
 
 void PlayerControls::build() {

@@ -230,6 +230,25 @@ QWidget* filmColumn(bool isEmpty) {
     return column;
 }
 
+/// The sections after that move.
+QList<ListSection> moved(QList<ListSection> sections, const QUuid& id, const QList<int>& offsets,
+                         int destination) {
+    for (ListSection& section : sections) {
+        if (section.id != id)
+            continue;
+        QList<QUuid> before;
+        QList<QUuid> moving;
+        QList<QUuid> behind;
+        for (int i = 0; i < int(section.rows.size()); ++i) {
+            QList<QUuid>& part =
+                offsets.contains(i) ? moving : (i < destination ? before : behind);
+            part.push_back(section.rows.at(i));
+        }
+        section.rows = before + moving + behind;
+    }
+    return sections;
+}
+
 QWidget* listColumn(bool isEmpty) {
     auto* column = new QWidget;
     column->setMinimumWidth(260);
@@ -267,6 +286,12 @@ QWidget* listColumn(bool isEmpty) {
     list->setAccessibleName(text(u"Images capturées"));
     list->setSections(sections);
     list->setSelectedRows({sections.at(0).rows.at(1), sections.at(0).rows.at(2)});
+    QObject::connect(list, &SectionedListView::moveRequested, list,
+                     [list](const QUuid& id, const QList<int>& offsets, int destination) {
+                         list->setSections(moved(list->sections(), id, offsets, destination));
+                         std::printf("moved %d to %d\n", offsets.first(), destination);
+                         std::fflush(stdout);
+                     });
     layout->addWidget(list, 1);
     return column;
 }
@@ -432,7 +457,7 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 4) {
+    if (arguments.size() != (arguments.value(1) == u"live" ? 3 : 4)) {
         std::fputs(
             "interface-gallery symbols|widgets|focus|popover|menu|alert|empty|icon light|dark "
             "FILE.png\n",
@@ -440,5 +465,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     installLook(application, arguments.at(2) == u"dark" ? ColorScheme::dark : ColorScheme::light);
+    if (arguments.at(1) == u"live") {
+        demoWindow(false);
+        return QApplication::exec();
+    }
     return picture(arguments.at(1)).save(arguments.at(3)) ? 0 : 1;
 }
