@@ -1,8 +1,11 @@
 #!/usr/bin/python3
-"""Scores the cut-outs against hand-made masks, beside GrabCut from an inset rectangle.
+"""Scores the cut-outs against hand-made masks, beside the same program without its network and beside
+GrabCut from an inset rectangle.
 
-Both methods see the same pictures, decoded once, in the same run; the pictures' own score.py judges
-both. Prints one table; with --json writes the figures as well. Needs python3-opencv, python3-scipy.
+All methods see the same pictures, decoded once, in the same run; the pictures' own score.py judges
+all. Prints one table, then what subjects apart gain over the connected components of the same
+foreground, then time and memory of a 1080p still. With --json writes the figures as well. Needs
+python3-opencv, python3-scipy.
 """
 import argparse
 import importlib.util
@@ -22,6 +25,8 @@ SETS = ("salient", "instances")
 INSET = 0.1
 ITERATIONS = 5
 OURS = "Stillwick"
+CLASSICAL = "Stillwick without its network"
+COMPONENTS = "connected components of Stillwick's foreground"
 GRABCUT = "GrabCut, inset rectangle"
 
 # Debian's own interpreter, for which its OpenCV and SciPy are packaged.
@@ -36,6 +41,7 @@ FIGURES = (
     ("salient", ("foreground", "bF"), "boundary F", "ratio"),
     ("instances", ("instances", "AP50"), "AP50", "ratio"),
     ("instances", ("instances", "matchedIoU"), "matched IoU", "ratio"),
+    ("instances", ("instances", "matchedIoU_multi"), "matched IoU, several", "ratio"),
 )
 
 
@@ -96,8 +102,8 @@ def run_grabcut(pictures, out):
     return sum(seconds) / len(seconds)
 
 
-def run_ours(program, pictures, out):
-    done = subprocess.run([program, pictures, out], capture_output=True, text=True)
+def run_ours(program, options, pictures, out):
+    done = subprocess.run([program, *options, pictures, out], capture_output=True, text=True)
     if done.returncode != 0:
         sys.exit(f"{program} failed:\n{done.stdout}{done.stderr}")
     return float(re.search(r"([\d.]+) seconds per picture", done.stdout).group(1))
@@ -110,25 +116,31 @@ def scored(which, out):
 
 
 def measure(program, scratch):
-    """Returns {method: {figure: value}}."""
-    results = {GRABCUT: {}, OURS: {}}
-    seconds = {GRABCUT: [], OURS: []}
+    """Returns {method: {figure: value}}; the components have two figures only."""
+    runs = {
+        GRABCUT: run_grabcut,
+        CLASSICAL: lambda pictures, out: run_ours(program, ["--classical"], pictures, out),
+        OURS: lambda pictures, out: run_ours(program, [], pictures, out),
+    }
+    results = {method: {} for method in runs}
+    seconds = {method: [] for method in runs}
     for which in SETS:
         pictures = scratch / which / "pictures"
         decode(DATA / which / "im", pictures)
         count = sum(1 for _ in pictures.iterdir())
-        for method in results:
+        for method, run in runs.items():
             out = scratch / which / method
-            each = run_grabcut(pictures, out) if method == GRABCUT else run_ours(
-                program, pictures, out)
-            seconds[method].append((count, each))
+            seconds[method].append((count, run(pictures, out)))
             answer = scored(which, out)
             for figure_set, path, name, _ in FIGURES:
                 if figure_set == which:
                     results[method][name] = answer[path[0]].get(path[1], 0.0)
-    for method, parts in seconds.items():
-        total = sum(count for count, _ in parts)
-        results[method]["seconds per picture"] = sum(n * each for n, each in parts) / total
+    parts = answer["connected_components"]
+    results[COMPONENTS] = {"AP50": parts["AP50"],
+                           "matched IoU, several": parts["matchedIoU_multi"]}
+    for method, each in seconds.items():
+        total = sum(count for count, _ in each)
+        results[method]["seconds per picture"] = sum(n * time for n, time in each) / total
     return results
 
 
@@ -138,7 +150,10 @@ def print_table(results):
     print("| method | " + " | ".join(heads) + " |")
     print("|---|" + "---:|" * len(heads))
     for method, figures in results.items():
-        print(f"| {method} | " + " | ".join(f"{figures[name]:.3f}" for name in names) + " |")
+        cells = (f"{figures[name]:.3f}" if name in figures else "" for name in names)
+        print(f"| {method} | " + " | ".join(cells) + " |")
+    for name, value in results[COMPONENTS].items():
+        print(f"\n{name}: {results[OURS][name] / max(value, 1e-9):.2f} times that of the {COMPONENTS}")
 
 
 def records(results):
@@ -146,6 +161,14 @@ def records(results):
     return [{"benchmark": "cutout", "case": method, "figure": name, "value": value,
              "unit": units[name]}
             for method, figures in results.items() for name, value in figures.items()]
+
+
+def built(folder, name):
+    """The program of that name in a build folder."""
+    program = next((path for path in sorted(folder.rglob(name)) if path.is_file()), None)
+    if program is None:
+        sys.exit(f"{name} is not built in {folder}")
+    return program
 
 
 def main():
@@ -160,13 +183,12 @@ def main():
         return
     if importlib.util.find_spec("cv2") is None and sys.executable != PYTHON:
         os.execv(PYTHON, [PYTHON, *sys.argv])
-    found = sorted(options.programs.rglob("cutout-masks"))
-    program = next((path for path in found if path.is_file()), None)
-    if program is None:
-        sys.exit(f"cutout-masks is not built in {options.programs}")
     with tempfile.TemporaryDirectory(prefix="stillwick-cutout-") as scratch:
-        results = measure(program, Path(scratch))
+        results = measure(built(options.programs, "cutout-masks"), Path(scratch))
     print_table(results)
+    print(flush=True)
+    still = sorted((DATA / "salient" / "im").iterdir())[0]
+    subprocess.run([built(options.programs, "bench-cutout"), still], check=True)
     if options.json:
         options.json.write_text(json.dumps(records(results), indent=1) + "\n")
 

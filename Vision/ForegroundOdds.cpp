@@ -2,6 +2,7 @@
 
 #include "Vision/ForegroundCues.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -51,8 +52,6 @@ constexpr std::array secondCueWeights{
 };
 constexpr float secondBias = -.8F;
 
-constexpr std::array regionCounts{150, 300};
-
 std::vector<float> oddsOfRegions(const WorkingPicture& picture, const RegionGraph& graph) {
     const cv::Mat1f cues = firstCues(picture, graph);
     std::vector<float> first(graph.regions.size(), firstBias);
@@ -72,15 +71,19 @@ std::vector<float> oddsOfRegions(const WorkingPicture& picture, const RegionGrap
 
 } // namespace
 
+cv::Mat1f foregroundOdds(const WorkingPicture& picture, int regions) {
+    const RegionGraph graph = regionGraphOf(picture, regions);
+    const std::vector<float> odds = oddsOfRegions(picture, graph);
+    cv::Mat1f result(picture.lab.size());
+    std::transform(graph.superpixels.labels.begin(), graph.superpixels.labels.end(), result.begin(),
+                   [&odds](int region) { return odds[static_cast<std::size_t>(region)]; });
+    return result;
+}
+
 cv::Mat1f foregroundOdds(const WorkingPicture& picture) {
     cv::Mat1f sum(picture.lab.size(), 0.0F);
-    for (const int wanted : regionCounts) {
-        const RegionGraph graph = regionGraphOf(picture, wanted);
-        const std::vector<float> odds = oddsOfRegions(picture, graph);
-        for (int y = 0; y < sum.rows; ++y)
-            for (int x = 0; x < sum.cols; ++x)
-                sum(y, x) += odds[static_cast<std::size_t>(graph.superpixels.labels(y, x))];
-    }
+    for (const int regions : regionCounts)
+        sum += foregroundOdds(picture, regions);
     return cv::Mat1f(sum / static_cast<double>(regionCounts.size()));
 }
 

@@ -10,6 +10,7 @@
 #include "Vision/SubjectEvidence.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -22,8 +23,11 @@ extern const std::byte stillwickNetworkWeightsEnd[]; // NOLINT(modernize-avoid-c
 namespace stillwick {
 namespace {
 
-// What the classical cues count beside the network.
+// What the classical cues count beside the network, and how the cut weighs both: chosen between
+// what 60 salient subjects, 44 groups and 57 people kept apart show. There the mean IoU of odds
+// above 0 rises from .707, .516 and .886 to .728, .520 and .891 with the cues.
 constexpr double weightOfCues = .5;
+constexpr CutWeights cutWeights{0, .4F, 15};
 // The mean odds on a mask from which the network alone is believed that it shows a subject, and
 // from which it is where the picture speaks for it too. 117 pictures with subjects have .70 or
 // more.
@@ -66,14 +70,16 @@ private:
     [[nodiscard]] cv::Mat1b subjectsIn(const SearchTask& task) const {
         const cv::Size size = task.working.lab.size();
         cv::Mat1f learned;
-        cv::Mat1f cues;
-        runSideBySide({[&] { learned = networkOdds(m_network, task.pixels, size, task.stop); },
+        std::array<cv::Mat1f, regionCounts.size()> cues;
+        // In the order of what takes longest.
+        runSideBySide({[&] { cues[0] = foregroundOdds(task.working, regionCounts[0]); },
+                       [&] { learned = networkOdds(m_network, task.pixels, size, task.stop); },
                        [&] {
-                           cues = foregroundOdds(task.working);
+                           cues[1] = foregroundOdds(task.working, regionCounts[1]);
                        }});
         stopIfAsked(task.stop);
-        const cv::Mat1f odds(learned + weightOfCues * cues);
-        const cv::Mat1b mask = withoutSpecks(subjectCut(task.working, odds));
+        const cv::Mat1f odds(learned + weightOfCues / 2 * (cues[0] + cues[1]));
+        const cv::Mat1b mask = withoutSpecks(subjectCut(task.working, odds, cutWeights));
         stopIfAsked(task.stop);
         const bool shown =
             showsSubject(beliefIn(learned, mask), subjectEvidence(task.working, mask));
