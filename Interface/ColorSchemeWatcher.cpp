@@ -56,6 +56,8 @@ ColorSchemeWatcher::ColorSchemeWatcher(ColorScheme withoutPreference, QDBusConne
       m_scheme(withoutPreference) {
     if (!m_bus.isConnected())
         return;
+    // A slot is connected by its types' names; before the first message this one would be unknown.
+    qRegisterMetaType<QDBusVariant>();
     m_bus.connect(service(), path(), interfaceName(), QStringLiteral("SettingChanged"), this,
                   SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     auto* comings =

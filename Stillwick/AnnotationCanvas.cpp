@@ -21,7 +21,9 @@ constexpr double haloOpacity = 0.6;
 constexpr double haloExtra = 4;
 
 QColor colorOf(const Annotation& annotation) {
-    const auto component = [](double value) { return float(std::clamp(value, 0.0, 1.0)); };
+    const auto component = [](double value) {
+        return float(std::clamp(value, 0.0, 1.0));
+    };
     return QColor::fromRgbF(component(annotation.r), component(annotation.g),
                             component(annotation.b), component(annotation.a));
 }
@@ -76,11 +78,11 @@ void AnnotationCanvas::drawAnnotation(QPainter& painter, const Annotation& annot
     if (isSelected) {
         QColor halo = themeColor(ThemeColor::accent, palette());
         halo.setAlphaF(float(haloOpacity));
-        painter.strokePath(path, QPen(halo, stroke + haloExtra, Qt::SolidLine, Qt::RoundCap,
-                                      Qt::RoundJoin));
+        painter.strokePath(
+            path, QPen(halo, stroke + haloExtra, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     }
-    painter.strokePath(path, QPen(colorOf(annotation), stroke, Qt::SolidLine, Qt::RoundCap,
-                                  Qt::RoundJoin));
+    painter.strokePath(
+        path, QPen(colorOf(annotation), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
 }
 
 void AnnotationCanvas::mousePressEvent(QMouseEvent* event) {
@@ -93,8 +95,7 @@ void AnnotationCanvas::mousePressEvent(QMouseEvent* event) {
 void AnnotationCanvas::mouseMoveEvent(QMouseEvent* event) {
     if (!m_pressed)
         return;
-    m_isDragging =
-        m_isDragging || QLineF(*m_pressed, event->position()).length() >= leastDrag;
+    m_isDragging = m_isDragging || QLineF(*m_pressed, event->position()).length() >= leastDrag;
     if (m_isDragging)
         drag(AnnotationGeometry::normalize(*m_pressed, size()),
              AnnotationGeometry::normalize(event->position(), size()));
@@ -122,8 +123,8 @@ void AnnotationCanvas::drag(const QPointF& start, const QPointF& point) {
         return;
     }
     const ColorComponents color = EdgeOptions::components(m_color);
-    m_draft = Annotation{QUuid::createUuid(), *kind, start, point,     color.r,
-                         color.g,             color.b, color.a, m_lineWidth};
+    m_draft = Annotation{
+        QUuid::createUuid(), *kind, start, point, color.r, color.g, color.b, color.a, m_lineWidth};
     update();
 }
 

@@ -75,8 +75,7 @@ QPainterPath arrowHead(const QPointF& from, const QPointF& to, double stroke) {
     return head;
 }
 
-QPainterPath shapePath(AnnotationKind kind, const QPointF& from, const QPointF& to,
-                       double stroke) {
+QPainterPath shapePath(AnnotationKind kind, const QPointF& from, const QPointF& to, double stroke) {
     QPainterPath path;
     if (kind == AnnotationKind::circle) {
         path.addEllipse(QRectF(from, to).normalized());

@@ -1,5 +1,5 @@
-// Where marks are: between a canvas and the still, and how far a point is from them. Free functions,
-// any thread.
+// Where marks are: between a canvas and the still, and how far a point is from them. Free
+// functions, any thread.
 #pragma once
 
 #include "Stillwick/Annotation.h"

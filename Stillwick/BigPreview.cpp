@@ -107,8 +107,8 @@ void BigPreview::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     constexpr double halfLine = 0.5;
     QPainterPath outline;
-    outline.addRoundedRect(
-        QRectF(rect()).adjusted(halfLine, halfLine, -halfLine, -halfLine), radius, radius);
+    outline.addRoundedRect(QRectF(rect()).adjusted(halfLine, halfLine, -halfLine, -halfLine),
+                           radius, radius);
     painter.setClipPath(outline);
     if (m_image.isNull()) {
         painter.fillRect(rect(), themeColor(ThemeColor::controlBackground, palette()));

@@ -10,8 +10,8 @@ class AnnotationCanvas;
 class EmptyPanel;
 class ProgressIndicator;
 
-/// Shows a cut-out on a checkerboard with the canvas exactly over it; or that there is none; or that
-/// it is being made.
+/// Shows a cut-out on a checkerboard with the canvas exactly over it; or that there is none; or
+/// that it is being made.
 class BigPreview final : public QWidget {
     Q_OBJECT
 

@@ -24,8 +24,8 @@ constexpr int subjectPadding = 2;
 
 ThumbnailBox pictureBox(const CapturedFrame& frame) {
     ThumbnailBox box;
-    box.content = frame.thumbnail.isNull() ? ThumbnailBox::Content::progress
-                                           : ThumbnailBox::Content::picture;
+    box.content =
+        frame.thumbnail.isNull() ? ThumbnailBox::Content::progress : ThumbnailBox::Content::picture;
     // A grab that failed has ended, too.
     if (frame.thumbnail.isNull() && frame.subjectExtracted)
         box.content = ThumbnailBox::Content::nothing;
@@ -68,9 +68,9 @@ CapturedFramesListView::CapturedFramesListView(AppState& state, QWidget* parent)
     m_pages->addWidget(
         new EmptyPanel(u"photo.on.rectangle", QStringLiteral("Aucune image"),
                        QStringLiteral("Naviguez dans la vidéo puis appuyez sur C pour capturer.")));
-    m_list = new SectionedListView(
-        [this](const QUuid& id) { return rowFor(id); },
-        [this](const QUuid& id) { return new GroupHeaderView(m_state, id); });
+    m_list =
+        new SectionedListView([this](const QUuid& id) { return rowFor(id); },
+                              [this](const QUuid& id) { return new GroupHeaderView(m_state, id); });
     m_list->setAccessibleName(QStringLiteral("Images capturées"));
     m_pages->addWidget(m_list);
     column->addWidget(m_pages, 1);

@@ -110,9 +110,9 @@ QWidget* ContentView::makeCentre() {
 }
 
 QWidget* ContentView::makePlaceholder() {
-    auto* const panel = new EmptyPanel(
-        u"film.stack", QStringLiteral("Aucune vidéo"),
-        QStringLiteral("Glissez une vidéo ici, ou ouvrez-en une (.mp4, .mov)."));
+    auto* const panel =
+        new EmptyPanel(u"film.stack", QStringLiteral("Aucune vidéo"),
+                       QStringLiteral("Glissez une vidéo ici, ou ouvrez-en une (.mp4, .mov)."));
     // It stands on black, whatever the window's colours.
     panel->setPalette(themePalette(ColorScheme::dark));
     auto* const open = new ProminentButton(u"folder", QStringLiteral("Ouvrir une vidéo"),

@@ -36,8 +36,8 @@ EdgeControlsView::EdgeControlsView(AppState& state, QWidget* parent)
     auto* const column = new QVBoxLayout(content);
     column->setContentsMargins(0, topPadding, 0, 0);
     column->setSpacing(rowSpacing);
-    for (QWidget* const row :
-         std::initializer_list<QWidget*>{m_shrink, m_feather, m_outline, m_outlineWidth, m_colorRow})
+    for (QWidget* const row : std::initializer_list<QWidget*>{m_shrink, m_feather, m_outline,
+                                                              m_outlineWidth, m_colorRow})
         column->addWidget(row);
     m_group->setContent(content);
     auto* const layout = new QVBoxLayout(this);

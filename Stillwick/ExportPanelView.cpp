@@ -172,8 +172,7 @@ void ExportPanelView::showProgress() {
     m_progressRow->setVisible(progress.isRunning);
     m_progress->setRange(0, std::max(progress.total, 1));
     m_progress->setValue(progress.completed);
-    m_progressText->setText(
-        QStringLiteral("%1 / %2").arg(progress.completed).arg(progress.total));
+    m_progressText->setText(QStringLiteral("%1 / %2").arg(progress.completed).arg(progress.total));
     showEnablement();
 }
 

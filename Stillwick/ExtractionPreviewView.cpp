@@ -79,8 +79,7 @@ QWidget* ExtractionPreviewView::makeToolbar() {
     m_width->setFixedWidth(sliderWidth);
     m_width->setToolTip(QStringLiteral("Épaisseur"));
     m_width->setAccessibleName(QStringLiteral("Épaisseur"));
-    m_delete = new SymbolButton(u"trash",
-                                QStringLiteral("Supprimer l'annotation sélectionnée (⌫)"),
+    m_delete = new SymbolButton(u"trash", QStringLiteral("Supprimer l'annotation sélectionnée (⌫)"),
                                 SymbolButton::Border::none);
     m_delete->setEnabled(false);
     row->addWidget(m_tools);
@@ -89,9 +88,8 @@ QWidget* ExtractionPreviewView::makeToolbar() {
     row->addWidget(m_delete);
     row->addStretch();
     AnnotationCanvas& canvas = m_preview->canvas();
-    connect(m_tools, &SegmentedPicker::indexChosen, this, [&canvas](int index) {
-        canvas.setTool(allAnnotationTools.at(std::size_t(index)));
-    });
+    connect(m_tools, &SegmentedPicker::indexChosen, this,
+            [&canvas](int index) { canvas.setTool(allAnnotationTools.at(std::size_t(index))); });
     connect(m_color, &ColorWell::colorChosen, this,
             [&canvas](const QColor& color) { canvas.setColor(color); });
     connect(m_width, &ContinuousSlider::valueChosen, this,

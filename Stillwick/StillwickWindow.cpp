@@ -121,8 +121,7 @@ void StillwickWindow::makeToolbar() {
     bar->setMovable(false);
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
-    QAction* const open =
-        bar->addAction(symbolIcon(u"film"), QStringLiteral("Ouvrir une vidéo"));
+    QAction* const open = bar->addAction(symbolIcon(u"film"), QStringLiteral("Ouvrir une vidéo"));
     connect(open, &QAction::triggered, m_content, &ContentView::showImporter);
     m_videoName = makeLabel({}, TextStyle::body, ThemeColor::secondaryText);
     m_videoName->setAccessibleName(QStringLiteral("Vidéo ouverte"));

@@ -104,7 +104,8 @@ StylesStrip::StylesStrip(QWidget* parent) : QWidget(parent) {
         group->addButton(button);
         row->addWidget(button);
         m_buttons.append(button);
-        connect(button, &QAbstractButton::clicked, this, [this, style] { emit styleChosen(style); });
+        connect(button, &QAbstractButton::clicked, this,
+                [this, style] { emit styleChosen(style); });
     }
     row->addStretch();
 }

@@ -77,8 +77,8 @@ QWidget* TimelineControlsView::makeButtons() {
     };
     add(u"gobackward", "Reculer d'un intervalle (⇧←)", [this] { m_state.stepInterval(false); });
     add(u"backward.frame.fill", "Image précédente (←)", [this] { m_state.stepFrame(-1); });
-    m_playButton = add(u"play.fill", "Lecture / Pause (Espace)",
-                       [this] { m_state.togglePlayPause(); });
+    m_playButton =
+        add(u"play.fill", "Lecture / Pause (Espace)", [this] { m_state.togglePlayPause(); });
     add(u"forward.frame.fill", "Image suivante (→)", [this] { m_state.stepFrame(1); });
     add(u"goforward", "Avancer d'un intervalle (⇧→)", [this] { m_state.stepInterval(true); });
     layout->addStretch();

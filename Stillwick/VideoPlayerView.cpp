@@ -59,8 +59,8 @@ void VideoPlayerView::setPlayer(const std::shared_ptr<MediaPlayer>& player) {
     connect(m_player.get(), &MediaPlayer::timeControlStatusChanged, this,
             &VideoPlayerView::showStatus);
     const QPointer<VideoPlayerView> self(this);
-    m_timeObserver = m_player->addPeriodicTimeObserver(
-        CMTime::make(1, 30), [self](const CMTime& time) {
+    m_timeObserver =
+        m_player->addPeriodicTimeObserver(CMTime::make(1, 30), [self](const CMTime& time) {
             if (self)
                 self->m_controls->setPosition(time.safeSeconds());
         });
@@ -75,8 +75,7 @@ void VideoPlayerView::setDuration(const CMTime& duration) {
 }
 
 void VideoPlayerView::showStatus() {
-    m_controls->setPlaying(m_player->timeControlStatus() !=
-                           MediaPlayer::TimeControlStatus::Paused);
+    m_controls->setPlaying(m_player->timeControlStatus() != MediaPlayer::TimeControlStatus::Paused);
 }
 
 QRect VideoPlayerView::pictureRect() const {

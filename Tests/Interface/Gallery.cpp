@@ -240,8 +240,7 @@ QList<ListSection> moved(QList<ListSection> sections, const QUuid& id, const QLi
         QList<QUuid> moving;
         QList<QUuid> behind;
         for (int i = 0; i < int(section.rows.size()); ++i) {
-            QList<QUuid>& part =
-                offsets.contains(i) ? moving : (i < destination ? before : behind);
+            QList<QUuid>& part = offsets.contains(i) ? moving : (i < destination ? before : behind);
             part.push_back(section.rows.at(i));
         }
         section.rows = before + moving + behind;

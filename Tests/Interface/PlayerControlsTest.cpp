@@ -134,8 +134,8 @@ TEST_F(PlayerControlsTest, TheVolumeGivesWayInANarrowView) {
     view->setMinimumSize(100, 100);
     QTest::qWait(1); // the window's least size follows
     window.resize(340, 400);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [this] { return !slider(QStringLiteral("Volume"))->isVisible(); }, 5000));
+    EXPECT_TRUE(
+        QTest::qWaitFor([this] { return !slider(QStringLiteral("Volume"))->isVisible(); }, 5000));
     EXPECT_TRUE(controls->geometry().left() >= 0 && controls->geometry().right() < view->width());
 }
 

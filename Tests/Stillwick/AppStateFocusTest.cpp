@@ -143,8 +143,7 @@ TEST_F(AppStateFocusTest, AClosedWindowsStateIsForgotten) {
     StillwickWindow& window = newWindow();
     EXPECT_EQ(KeyboardCoordinator::shared().focusedState(), &window.state());
     window.close();
-    EXPECT_TRUE(runUntil(
-        [] { return KeyboardCoordinator::shared().focusedState() == nullptr; }));
+    EXPECT_TRUE(runUntil([] { return KeyboardCoordinator::shared().focusedState() == nullptr; }));
 }
 
 TEST_F(AppStateFocusTest, TheMenusHaveTheirLabelsAndKeys) {

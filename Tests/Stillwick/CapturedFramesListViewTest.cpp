@@ -30,8 +30,7 @@ protected:
     }
 
     [[nodiscard]] GroupHeaderView& header(qsizetype group) const {
-        return *qobject_cast<GroupHeaderView*>(
-            view.list().headerOf(state->groups()[group].id()));
+        return *qobject_cast<GroupHeaderView*>(view.list().headerOf(state->groups()[group].id()));
     }
     /// Buttons of a header by their help text.
     [[nodiscard]] QAbstractButton* button(qsizetype group, const char* help) const {
@@ -58,8 +57,8 @@ TEST_F(CapturedFramesListViewTest, WithoutCapturesThePanelShowsAndAgainAfterTheL
 }
 
 TEST_F(CapturedFramesListViewTest, ARowShowsWhatBecomesOfItsCapture) {
-    const QUuid id = captureAt(*state, 1200);
-    EXPECT_EQ(view.rowFor(id).text, QStringLiteral("00:01.200"));
+    const QUuid id = captureAt(*state, 1250);
+    EXPECT_EQ(view.rowFor(id).text, QStringLiteral("00:01.250"));
     EXPECT_EQ(view.rowFor(id).boxes[0].content, Content::progress);
     EXPECT_EQ(view.rowFor(id).boxes[1].content, Content::progress);
     ASSERT_TRUE(runUntil([&] { return !frameIn(*state, id).thumbnail.isNull(); }));

@@ -71,8 +71,7 @@ TEST_F(ContentViewTest, FilmsAreKnownByTheirNames) {
 TEST_F(ContentViewTest, OfATextAndAFilmTheFilmIsOpened) {
     const QUrl film = QUrl::fromLocalFile(folder.filePath(QStringLiteral("film.mov")));
     ASSERT_TRUE(QFile::copy(sampleFilm().toLocalFile(), film.toLocalFile()));
-    EXPECT_TRUE(
-        drop({QUrl::fromLocalFile(folder.filePath(QStringLiteral("notes.txt"))), film}));
+    EXPECT_TRUE(drop({QUrl::fromLocalFile(folder.filePath(QStringLiteral("notes.txt"))), film}));
     EXPECT_EQ(state().videoURL(), film);
 }
 
@@ -87,8 +86,7 @@ TEST_F(ContentViewTest, TheTitleIsTheProjectsElseTheFilmsElseTheProgrammes) {
     load(state());
     EXPECT_EQ(window->windowTitle(), QStringLiteral("balles"));
     EXPECT_EQ(nameInToolbar(), QStringLiteral("balles"));
-    state().saveProject(
-        QUrl::fromLocalFile(folder.filePath(QStringLiteral("séance 1.stillwick"))));
+    state().saveProject(QUrl::fromLocalFile(folder.filePath(QStringLiteral("séance 1.stillwick"))));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("séance 1"));
     EXPECT_EQ(nameInToolbar(), QStringLiteral("balles"));
 }
@@ -96,8 +94,11 @@ TEST_F(ContentViewTest, TheTitleIsTheProjectsElseTheFilmsElseTheProgrammes) {
 TEST_F(ContentViewTest, AMessageIsShownOnceAndOkClearsIt) {
     state().captureCurrentFrame();
     ASSERT_NE(notice(), nullptr);
-    EXPECT_EQ(notice()->text(), QStringLiteral("Aucune vidéo chargée."));
-    notice()->button(QMessageBox::Ok)->click();
+    EXPECT_EQ(notice()->windowTitle(), QStringLiteral("Erreur"));
+    EXPECT_EQ(notice()->informativeText(), QStringLiteral("Aucune vidéo chargée."));
+    ASSERT_EQ(notice()->buttons().size(), 1);
+    EXPECT_EQ(notice()->buttons().front()->text(), QStringLiteral("OK"));
+    notice()->buttons().front()->click();
     EXPECT_EQ(state().errorMessage(), std::nullopt);
     EXPECT_EQ(notice(), nullptr);
 }

@@ -136,6 +136,8 @@ TEST_F(ExtractionPreviewViewTest, ASettingThatChangesWithoutAPauseIsFollowed) {
         runFor(10ms);
     }
     EXPECT_GE(changed.size(), 3) << "something is seen to change";
+    options.shrink = 9; // tenths make a difference
+    state->setEdgeOptions(options);
     ASSERT_TRUE(runUntil([&] {
         return cache.render(FilterStyle::none) ==
                ExtractRenderer::make().render(state->previewFrame()->subjectPreview.image(),

@@ -40,8 +40,7 @@ protected:
         return false;
     }
 
-    std::unique_ptr<AppState> state =
-        stateWith(std::make_shared<ColumnSegmenter>(std::vector{90}));
+    std::unique_ptr<AppState> state = stateWith(std::make_shared<ColumnSegmenter>(std::vector{90}));
     View view{*state};
 };
 
@@ -152,9 +151,12 @@ TEST_F(ExportPanelViewTest, TheEndIsAnnouncedEachTime) {
                     notice = each;
             return notice != nullptr;
         }));
-        EXPECT_EQ(notice->text(), QStringLiteral("1 image(s) exportée(s)."));
+        EXPECT_EQ(notice->windowTitle(), QStringLiteral("Export terminé"));
+        EXPECT_EQ(notice->informativeText(), QStringLiteral("1 image(s) exportée(s)."));
         EXPECT_FALSE(state->exportFinishedFolder().isEmpty());
-        notice->button(QMessageBox::Ok)->click();
+        for (auto* button : notice->buttons())
+            if (button->text() == QStringLiteral("OK"))
+                button->click();
         runFor(std::chrono::milliseconds(20));
         EXPECT_FALSE(state->exportFinishedFolder().isEmpty()) << "OK only dismisses";
     }
@@ -176,8 +178,8 @@ TEST_F(ExportPanelViewTest, FailuresAreCountedAndListed) {
         if (each->isVisibleTo(&panel))
             texts.append(each->text());
     EXPECT_TRUE(texts.contains(QStringLiteral("3 échec(s)")));
-    EXPECT_TRUE(texts.contains(
-        QStringLiteral("00:00.500 — Aucun sujet détecté dans cette image.")));
+    EXPECT_TRUE(
+        texts.contains(QStringLiteral("00:00.500 — Aucun sujet détecté dans cette image.")));
     EXPECT_EQ(panel.exportSummary(), QStringLiteral("0 image(s) exportée(s), 3 échec(s)."));
 }
 
