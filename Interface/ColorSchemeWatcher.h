@@ -28,10 +28,9 @@ public:
 signals:
     void schemeChanged(ColorScheme scheme);
 
-private slots:
-    void onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
+    Q_SLOT void onSettingChanged(const QString& group, const QString& key,
+                                 const QDBusVariant& value);
     void askAtOnce();
     void askLater();
     void setPreference(const QVariant& value);
