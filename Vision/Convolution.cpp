@@ -84,28 +84,25 @@ std::optional<Convolution> Convolution::read(const NumpyArchive& archive, const 
     result.m_inputs = weights->shape[1];
     result.m_kernel = weights->shape[2];
     result.m_bias = folded->bias;
-    result.m_bias.resize(static_cast<std::size_t>(blocksOf(outputs) * block), 0.0F);
+    result.m_bias.resize(static_cast<std::size_t>(blocksOf(outputs)) * block, 0.0F);
     result.pack(*weights, folded->scale);
     return result;
 }
 
 void Convolution::pack(const NumberArray& weights, const std::vector<float>& scale) {
-    const int places = m_kernel * m_kernel;
-    const int inBlocks = blocksOf(m_inputs);
-    m_weights.assign(static_cast<std::size_t>(blocksOf(m_outputs)) *
-                         static_cast<std::size_t>(inBlocks * places * block * block),
-                     0.0F);
-    for (int out = 0; out < m_outputs; ++out)
-        for (int in = 0; in < m_inputs; ++in)
-            for (int place = 0; place < places; ++place) {
-                const int to = (((out / block * inBlocks + in / block) * places + place) * block +
-                                in % block) *
-                                   block +
-                               out % block;
-                m_weights[static_cast<std::size_t>(to)] =
-                    scale[static_cast<std::size_t>(out)] *
-                    weights
-                        .values[static_cast<std::size_t>((out * m_inputs + in) * places + place)];
+    const auto places = static_cast<std::size_t>(m_kernel) * static_cast<std::size_t>(m_kernel);
+    const auto inputs = static_cast<std::size_t>(m_inputs);
+    const auto inBlocks = static_cast<std::size_t>(blocksOf(m_inputs));
+    constexpr std::size_t wide = block;
+    m_weights.assign(
+        static_cast<std::size_t>(blocksOf(m_outputs)) * inBlocks * places * wide * wide, 0.0F);
+    for (std::size_t out = 0; out < scale.size(); ++out)
+        for (std::size_t in = 0; in < inputs; ++in)
+            for (std::size_t place = 0; place < places; ++place) {
+                const std::size_t row =
+                    ((out / wide * inBlocks + in / wide) * places + place) * wide + in % wide;
+                m_weights[row * wide + out % wide] =
+                    scale[out] * weights.values[(out * inputs + in) * places + place];
             }
 }
 
