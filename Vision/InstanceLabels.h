@@ -19,7 +19,7 @@ struct InstanceLabels {
 
 /// Numbers the pieces of a mask from left to right by the middle of their pixels. Pieces that hang
 /// together by a waist are parted there: where the distance from the edge, foreshortened upwards,
-/// falls by 15 % of the piece's greatest between two of its peaks. At most `most`, the largest.
+/// falls by a tenth of the piece's greatest between two of its peaks. At most `most`, the largest.
 [[nodiscard]] InstanceLabels instancesOf(const cv::Mat1b& mask, int most);
 
 /// The labels at another size: each pixel the label that weighs most among the four nearest, and
