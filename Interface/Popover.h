@@ -25,7 +25,6 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-public slots:
     void open();
     void dismiss();
     void toggle();

@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 class AppStateFocusTest : public ::testing::Test {
 protected:
     AppStateFocusTest() { (void)KeyboardCoordinator::shared(); }
-    ~AppStateFocusTest() override {
+    void TearDown() override {
         for (const auto& window : windows)
             delete window.data();
     }
