@@ -118,7 +118,7 @@ public:
     /// The capture's subject in that style, with the edge settings of this moment; null where there
     /// is no subject, and after `stop`. *Thread*: renders on the state's own pool; resumes here.
     /// *Lifetime*: the state may go while the rendering is under way.
-    [[nodiscard]] QCoro::Task<QImage> rendered(CapturedFrame frame, FilterStyle style,
+    [[nodiscard]] QCoro::Task<QImage> rendered(const CapturedFrame& frame, FilterStyle style,
                                                std::stop_token stop = {}) const;
 
     /// Never empty.

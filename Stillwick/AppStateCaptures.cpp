@@ -201,7 +201,7 @@ std::optional<CapturedFrame> AppState::previewFrame() const {
     return frame == nullptr ? std::nullopt : std::optional(*frame);
 }
 
-QCoro::Task<QImage> AppState::rendered(CapturedFrame frame, FilterStyle style,
+QCoro::Task<QImage> AppState::rendered(const CapturedFrame& frame, FilterStyle style,
                                        std::stop_token stop) const {
     return renderedOn(m_renderPool, m_renderer, frame.subjectPreview, style, m_edgeOptions.params(),
                       std::move(stop));

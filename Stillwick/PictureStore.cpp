@@ -76,7 +76,7 @@ public:
     ~KeptPicture() override { m_core->forget(*this); }
 
     [[nodiscard]] QImage image() const override {
-        if (const QImage held = m_core->held(*this); !held.isNull())
+        if (QImage held = m_core->held(*this); !held.isNull())
             return held;
         QImage image = fromDisk();
         if (image.isNull() && m_remake)
