@@ -514,6 +514,14 @@ TEST(ProjectJsonTest, TheProjectsOfTheFuzzerAreReadAndWrittenAgain) {
         EXPECT_EQ(readByQt(encodeProject(decodeProject(text))), readByQt(text));
 }
 
+TEST(ProjectJsonTest, ANumberBeyondAllDoublesUnderAnUnknownKeyIsPassedOver) {
+    QFile file(
+        QStringLiteral(STILLWICK_SOURCE_DIR "/Fuzz/crashes/number-beyond-doubles.stillwick"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const ProjectFile project = decodeProject(file.readAll());
+    EXPECT_EQ(decodeProject(encodeProject(project)), project);
+}
+
 /// The text with a few bytes changed, removed or taken from elsewhere in it.
 QByteArray mutated(const QByteArray& text, std::mt19937& random) {
     QByteArray mutant = text;
