@@ -102,7 +102,7 @@ TEST_F(ProjectStoreTest, AFileOf200MegabytesIsRefusedAtOnce) {
 }
 
 /// The most memory that this process has held so far, in MiB.
-long peakMemory() {
+[[maybe_unused]] long peakMemory() {
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss / 1024;
