@@ -283,7 +283,9 @@ TEST_F(AppStateProjectTest, MarksAndEdgesBeyondAllMeasureAreExportedAllTheSame) 
     openFile(content);
     state->setOutputFolder(at(QStringLiteral("sortie")));
     state->runExport(ExportMode::merged);
-    ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }));
+    // A ring as wide as the picture is a picture of many times its size.
+    ASSERT_TRUE(
+        runUntil([this] { return !state->progress().isRunning; }, std::chrono::seconds(110)));
     EXPECT_EQ(state->progress().completed, 1);
     EXPECT_TRUE(state->failures().isEmpty());
 }
