@@ -77,5 +77,15 @@ TEST(ExtractRendererTest, OneRendererServesSeveralThreadsAtOnce) {
         EXPECT_EQ(futures[i].result(), renderIn(allFilterStyles.at(std::size_t(i) % 4)));
 }
 
+TEST(ExtractRendererTest, EdgesBeyondAllMeasureGiveAPictureAllTheSame) {
+    constexpr double huge = 1e300;
+    for (const FilterStyle style : allFilterStyles) {
+        const QImage image =
+            renderer.render(cutOut(), style, {huge, huge, true, huge, huge, -huge, huge, huge});
+        EXPECT_GE(image.width(), 120);
+        EXPECT_GE(image.height(), 90);
+    }
+}
+
 } // namespace
 } // namespace stillwick
