@@ -283,7 +283,8 @@ TEST_F(AppStateProjectTest, MarksAndEdgesBeyondAllMeasureAreExportedAllTheSame) 
     openFile(content);
     state->setOutputFolder(at(QStringLiteral("sortie")));
     state->runExport(ExportMode::merged);
-    ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }));
+    constexpr std::chrono::seconds underSanitizers(110);
+    ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }, underSanitizers));
     EXPECT_EQ(state->progress().completed, 1);
     EXPECT_TRUE(state->failures().isEmpty());
 }
