@@ -11,9 +11,10 @@ namespace stillwick {
 
 namespace {
 
-// Each thread more adds a frame of memory and of latency; past four the gain is small.
+// More than cores, for threads wait for each other's pictures. Each one adds a frame of memory and
+// of latency.
 int threadCount() {
-    return std::clamp(int(std::thread::hardware_concurrency()), 1, 4);
+    return std::clamp(int(std::thread::hardware_concurrency()) + 2, 2, 6);
 }
 
 } // namespace
