@@ -95,15 +95,27 @@ void StillRegenerator::regenerate(const QUuid& id, CMTime time,
 void StillRegenerator::prefer(const QUuid& id) {
     m_preferred = id;
     const auto waiting = next();
-    if (waiting == m_waiting.end() || waiting->second.id != id ||
-        int(m_underWay.size()) < m_mostAtOnce)
+    if (waiting == m_waiting.end() || waiting->second.id != id)
         return;
-    // The oldest makes place, and waits in its turn again.
-    const auto giving = m_underWay.begin();
-    giving->second.stop.request_stop();
-    m_waiting.insert({giving->first, giving->second.request});
-    m_underWay.erase(giving);
+    // What reads the film too makes place; so does the oldest, where that is not enough.
+    for (auto work = m_underWay.begin(); work != m_underWay.end();)
+        work = work->second.hasPicture ? std::next(work) : putBack(work);
+    if (int(m_underWay.size()) >= m_mostAtOnce)
+        putBack(m_underWay.begin());
     startWhatFits();
+}
+
+std::map<StillRegenerator::Order, StillRegenerator::Work>::iterator
+StillRegenerator::putBack(std::map<Order, Work>::iterator work) {
+    work->second.stop.request_stop();
+    m_waiting.insert({work->first, work->second.request});
+    return m_underWay.erase(work);
+}
+
+bool StillRegenerator::isGrabbingPreferred() const {
+    return std::any_of(m_underWay.begin(), m_underWay.end(), [this](const auto& entry) {
+        return entry.second.request.id == m_preferred && !entry.second.hasPicture;
+    });
 }
 
 void StillRegenerator::withdraw(const QUuid& id) {
@@ -139,7 +151,7 @@ std::map<StillRegenerator::Order, StillRegenerator::Request>::iterator StillRege
 }
 
 void StillRegenerator::startWhatFits() {
-    while (!m_waiting.empty() && int(m_underWay.size()) < m_mostAtOnce) {
+    while (!m_waiting.empty() && int(m_underWay.size()) < m_mostAtOnce && !isGrabbingPreferred()) {
         const auto chosen = next();
         const Order order = chosen->first;
         Request request = std::move(chosen->second);
@@ -161,7 +173,11 @@ QCoro::Task<> StillRegenerator::work(Order order, Request request, std::stop_tok
         co_return;
     StillPicture subject;
     if (!picture.isNull()) {
+        m_underWay.at(order).hasPicture = true;
         emit pictureReady(request.id, picture);
+        if (!self || stop.stop_requested())
+            co_return;
+        startWhatFits();
         const QImage cutOut = co_await subjectOf(subjectExtractor, image, stop);
         PictureStore::Remake liftAgain = liftedAgain(subjectExtractor->segmenter(), picture);
         subject = co_await kept(store, cutOut, std::move(liftAgain));

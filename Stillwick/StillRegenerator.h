@@ -21,7 +21,8 @@ class PictureStore;
 class SubjectExtractionService;
 
 /// Grabs the pictures of captures from their film and lifts the subjects out of them, a few at a
-/// time: the capture that is looked at first, then the newest.
+/// time: the capture that is looked at first, then the newest. While the former is grabbed no
+/// other is.
 class StillRegenerator final : public QObject {
     Q_OBJECT
 
@@ -38,7 +39,7 @@ public:
 
     /// Begins, or puts in line, the work on a capture of the film that is in `extractor` now.
     void regenerate(const QUuid& id, CMTime time, VideoFrameExtractorService extractor);
-    /// Puts the capture at the head of the line, also in place of another under way.
+    /// Puts the capture at the head of the line, also in place of others under way.
     void prefer(const QUuid& id);
     /// Withdraws the work on a capture: it ends soon, and is not told.
     void withdraw(const QUuid& id);
@@ -65,11 +66,15 @@ private:
     struct Work {
         Request request;
         std::stop_source stop;
+        bool hasPicture = false;
     };
     /// By order of request.
     using Order = std::uint64_t;
 
     void startWhatFits();
+    /// Withdraws the work, which waits in its turn again. The work behind it.
+    std::map<Order, Work>::iterator putBack(std::map<Order, Work>::iterator work);
+    [[nodiscard]] bool isGrabbingPreferred() const;
     [[nodiscard]] std::map<Order, Request>::iterator next();
     QCoro::Task<> work(Order order, Request request, std::stop_token stop);
 
