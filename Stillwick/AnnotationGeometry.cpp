@@ -31,6 +31,11 @@ QPointF denormalize(const QPointF& point, const QSizeF& size) {
     return {point.x() * size.width(), point.y() * size.height()};
 }
 
+double strokeOf(const Annotation& annotation, const QSizeF& size) {
+    constexpr double least = 1;
+    return std::max(annotation.lineWidth * size.width(), least);
+}
+
 std::optional<QUuid> hitTest(const QList<Annotation>& annotations, const QPointF& point) {
     std::optional<QUuid> hit;
     double nearest = tolerance;

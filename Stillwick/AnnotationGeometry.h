@@ -31,6 +31,8 @@ inline constexpr double tolerance = 0.04;
 [[nodiscard]] double distance(const QPointF& point, const Annotation& annotation);
 [[nodiscard]] double pointToSegment(const QPointF& point, const QPointF& a, const QPointF& b);
 
+/// How wide the mark is drawn on a picture or canvas of that size, at least 1. *Units*: pixels.
+[[nodiscard]] double strokeOf(const Annotation& annotation, const QSizeF& size);
 /// The two strokes of an arrow's head at `to`. *Units*: pixels.
 [[nodiscard]] QPainterPath arrowHead(const QPointF& from, const QPointF& to, double stroke);
 /// The whole mark between two points. *Units*: pixels.

@@ -14,16 +14,6 @@ namespace stillwick::AnnotationRenderer {
 
 namespace {
 
-constexpr double leastStroke = 1;
-
-QColor colorOf(const Annotation& mark) {
-    const auto component = [](double value) {
-        return float(std::clamp(value, 0.0, 1.0));
-    };
-    return QColor::fromRgbF(component(mark.r), component(mark.g), component(mark.b),
-                            component(mark.a));
-}
-
 bool isDrawable(const Annotation& mark) {
     const auto numbers = {mark.start.x(), mark.start.y(), mark.end.x(), mark.end.y(),  mark.r,
                           mark.g,         mark.b,         mark.a,       mark.lineWidth};
@@ -39,8 +29,8 @@ void drawSegment(QPainter& painter, const QLineF& line) {
 }
 
 void drawMark(QPainter& painter, const Annotation& mark, const QSizeF& size) {
-    const double stroke = std::max(mark.lineWidth * size.width(), leastStroke);
-    painter.setPen(QPen(colorOf(mark), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const double stroke = AnnotationGeometry::strokeOf(mark, size);
+    painter.setPen(QPen(mark.color(), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const auto pixels = [&size](const QPointF& point) {
         return QPointF(point.x() * size.width(), point.y() * size.height());
     };

@@ -24,8 +24,7 @@ void AppState::saveProject(const QUrl& url) {
     try {
         ProjectStore::save(makeProjectFile(), url);
     } catch (const std::exception& error) {
-        setErrorMessage(QStringLiteral("Échec de l'enregistrement : ") +
-                        localizedDescription(error));
+        setErrorMessage(savingFailed(error));
         return;
     }
     set(m_projectURL, url, &AppState::projectURLChanged);
@@ -36,7 +35,7 @@ void AppState::openProject(const QUrl& url) {
     try {
         file = ProjectStore::load(url);
     } catch (const std::exception& error) {
-        setErrorMessage(QStringLiteral("Échec de l'ouverture : ") + localizedDescription(error));
+        setErrorMessage(openingFailed(error));
         return;
     }
     apply(file);

@@ -102,8 +102,7 @@ bool saveProjectOf(const CaptureCommand& command, const CommandOutput& output) {
     try {
         ProjectStore::save(projectOf(command), QUrl::fromLocalFile(absolute(command.project)));
     } catch (const std::exception& error) {
-        output.complaint(QStringLiteral("Échec de l'enregistrement : ") +
-                         localizedDescription(error));
+        output.complaint(savingFailed(error));
         return false;
     }
     output.result(command.project);
@@ -222,7 +221,7 @@ QCoro::Task<ExitStatus> runExport(ExportCommand command, CommandOutput output,
     try {
         project = ProjectStore::load(QUrl::fromLocalFile(absolute(command.project)));
     } catch (const std::exception& error) {
-        output.complaint(QStringLiteral("Échec de l'ouverture : ") + localizedDescription(error));
+        output.complaint(openingFailed(error));
         co_return ExitStatus::NothingDone;
     }
     const QString video = pathOf(project.videoBookmark);

@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -18,6 +19,13 @@ QString fixed(double number, int decimals) {
 }
 
 } // namespace
+
+QColor ColorComponents::color() const {
+    const auto inside = [](double value) {
+        return float(std::clamp(value, 0.0, 1.0));
+    };
+    return QColor::fromRgbF(inside(r), inside(g), inside(b), inside(a));
+}
 
 bool EdgeOptions::isIdentity() const noexcept {
     return shrink <= 0 && feather <= 0 && !outline;

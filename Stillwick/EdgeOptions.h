@@ -33,6 +33,9 @@ struct ColorComponents {
     double b = 1;
     double a = 1;
 
+    /// The colour; components outside are brought inside.
+    [[nodiscard]] QColor color() const;
+
     friend bool operator==(const ColorComponents&, const ColorComponents&) noexcept = default;
 };
 

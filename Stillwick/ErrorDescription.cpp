@@ -53,4 +53,12 @@ QString localizedDescription(const std::exception& error) {
     return QStringLiteral("Une erreur imprévue est survenue.");
 }
 
+QString openingFailed(const std::exception& error) {
+    return QStringLiteral("Échec de l'ouverture : ") + localizedDescription(error);
+}
+
+QString savingFailed(const std::exception& error) {
+    return QStringLiteral("Échec de l'enregistrement : ") + localizedDescription(error);
+}
+
 } // namespace stillwick

@@ -11,4 +11,8 @@ namespace stillwick {
 /// for what nobody foresaw.
 [[nodiscard]] QString localizedDescription(const std::exception& error);
 
+/// What is said of a project that could not be opened, or saved.
+[[nodiscard]] QString openingFailed(const std::exception& error);
+[[nodiscard]] QString savingFailed(const std::exception& error);
+
 } // namespace stillwick

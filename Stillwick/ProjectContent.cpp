@@ -8,10 +8,6 @@ namespace stillwick {
 
 namespace {
 
-float component(double value) {
-    return float(std::clamp(value, 0.0, 1.0));
-}
-
 FrameDTO frameDTO(const CapturedFrame& frame) {
     return {frame.time().value, frame.time().timescale, frame.notes, frame.annotations};
 }
@@ -31,8 +27,7 @@ EdgeDTO edgeDTO(const EdgeOptions& options) {
 
 EdgeOptions edgeOptionsOf(const EdgeDTO& edge) {
     return {edge.shrink, edge.feather, edge.outline, edge.outlineWidth,
-            QColor::fromRgbF(component(edge.r), component(edge.g), component(edge.b),
-                             component(edge.a))};
+            ColorComponents{edge.r, edge.g, edge.b, edge.a}.color()};
 }
 
 QList<GroupDTO> groupDTOs(const QList<CaptureGroup>& groups) {

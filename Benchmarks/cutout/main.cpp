@@ -1,5 +1,7 @@
 // bench-cutout PICTURE: how long a whole extraction of a 1080p still takes, and how much memory
 // above the decoded picture.
+#include "../Memory.h"
+
 #include "Stillwick/SubjectExtractionService.h"
 
 #include <QCoreApplication>
@@ -15,17 +17,6 @@ namespace stillwick {
 namespace {
 
 constexpr int rounds = 9;
-
-// A line of /proc/self/status, in MiB.
-double mebibytes(const QByteArray& name) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(name))
-            return line.mid(name.size()).trimmed().split(' ').front().toDouble() / 1024;
-    return 0;
-}
 
 // From here on the peak is counted anew.
 void forgetPeak() {
@@ -44,7 +35,7 @@ int run(const QStringList& arguments) {
     }
     const SubjectExtractionService service;
     forgetPeak();
-    const double before = mebibytes("VmRSS:");
+    const double before = benchmarks::residentMemory();
     std::vector<double> milliseconds;
     for (int i = 0; i < rounds; ++i) {
         const auto start = std::chrono::steady_clock::now();
@@ -56,7 +47,7 @@ int run(const QStringList& arguments) {
     std::sort(milliseconds.begin(), milliseconds.end());
     QTextStream(stdout) << "1080p still: median " << qRound(milliseconds[rounds / 2])
                         << " ms, quickest " << qRound(milliseconds.front()) << " ms, "
-                        << qRound(mebibytes("VmHWM:") - before) << " MiB above the picture\n";
+                        << qRound(benchmarks::peakMemory() - before) << " MiB above the picture\n";
     return 0;
 }
 

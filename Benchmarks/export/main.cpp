@@ -1,5 +1,6 @@
 // bench-export --clips FOLDER [--captures N] [--json FILE]: what exporting finished pictures costs,
 // step by step, beside ffmpeg's linear decode and Qt's own PNG writer.
+#include "../Memory.h"
 #include "../Options.h"
 #include "../Report.h"
 
@@ -12,7 +13,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -31,17 +31,6 @@ const QString aCase = QStringLiteral("1080p30, comic, outline 6");
 
 double seconds(const QElapsedTimer& timer) {
     return double(timer.nsecsElapsed()) / 1e9;
-}
-
-/// The most memory that this process has held, in MiB.
-double peakMemory() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024;
-    return 0;
 }
 
 VideoFrameExtractorService extractorOf(const QString& film) {

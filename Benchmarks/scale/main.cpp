@@ -1,6 +1,7 @@
 // bench-scale --clips FOLDER [--captures N] [--part NAME] [--json FILE]: what very many captures
 // take: memory, opening, saving, looking at one far away; and what capturing does to a film that is
 // playing.
+#include "../Memory.h"
 #include "../Options.h"
 #include "../Report.h"
 
@@ -36,17 +37,6 @@ constexpr double mebibyte = 1 << 20;
 
 double milliseconds(const QElapsedTimer& timer) {
     return double(timer.nsecsElapsed()) / 1e6;
-}
-
-/// Memory of this process that is in use, in MiB.
-double resident() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024;
-    return 0;
 }
 
 void rest(int span) {
@@ -137,14 +127,14 @@ void captureMany(Report& report, const QString& film, int captures) {
     const auto state = newState(std::make_shared<MiddleSegmenter>());
     state->loadVideo(QUrl::fromLocalFile(film));
     rest(3000);
-    const double before = resident();
+    const double before = residentMemory();
     state->openProject(project);
     restUntil([&] { return state->unfinishedFrames() == 0; });
     const auto store = PictureStore::shared();
     store->settle();
     const QSize size = state->previewFrame()->thumbnail.size();
     const double held = framesHeld(*state);
-    const double total = resident();
+    const double total = residentMemory();
     const auto add = [&](const char* figure, double value, const char* unit) {
         report.add(name, QString::fromUtf8(figure), value, QString::fromUtf8(unit));
     };
@@ -189,9 +179,9 @@ void openMany(Report& report, const QString& film, int captures) {
     add("opening", milliseconds(timer) / 1000, "s");
     rest(4000);
     const double held = framesHeld(*state);
-    add("resident, all", resident(), "MiB");
+    add("resident, all", residentMemory(), "MiB");
     add("of that the player's frames", held, "MiB");
-    add("resident, player's frames apart", resident() - held, "MiB");
+    add("resident, player's frames apart", residentMemory() - held, "MiB");
     const QList<CapturedFrame> frames = state->allFrames();
     std::mt19937 random(2);
     std::vector<double> times;

@@ -1,5 +1,6 @@
 #include "Extras.h"
 
+#include "../Memory.h"
 #include "../Report.h"
 #include "../Timings.h"
 #include "../grab/Ffms2Grabs.h"
@@ -10,7 +11,6 @@
 #include "Media/PictureConverter.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QThread>
 
 #include <algorithm>
@@ -21,15 +21,6 @@
 namespace stillwick::benchmarks {
 
 namespace {
-
-double residentMebibytes() {
-    QFile status(QStringLiteral("/proc/self/statm"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArrayList fields = status.readAll().split(' ');
-    constexpr double pagesPerMebibyte = 256;
-    return fields.size() > 1 ? fields[1].toDouble() / pagesPerMebibyte : 0;
-}
 
 double milliseconds(const QElapsedTimer& timer) {
     return double(timer.nsecsElapsed()) / 1e6;
@@ -42,8 +33,7 @@ void addHeldMemory(Report& report, const QString& film, OurSession& session) {
     constexpr double mebibyte = 1 << 20;
     report.add(film, QStringLiteral("frames held"),
                double(session.asset().frameCache()->size()) / mebibyte, QStringLiteral("MiB"));
-    report.add(film, QStringLiteral("process resident"), residentMebibytes(),
-               QStringLiteral("MiB"));
+    report.add(film, QStringLiteral("process resident"), residentMemory(), QStringLiteral("MiB"));
 }
 
 void addScroll(Report& report, const QString& film, OurSession& session, double rate,

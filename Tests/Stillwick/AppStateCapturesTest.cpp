@@ -18,7 +18,7 @@ protected:
         return ids;
     }
 
-    std::unique_ptr<AppState> state = stateWith(std::make_shared<BlindSegmenter>());
+    std::unique_ptr<AppState> state = stateWith(blindSegmenter());
 };
 
 TEST_F(AppStateCapturesTest, ACaptureWithoutAVideoIsRefusedAndChangesNothingElse) {

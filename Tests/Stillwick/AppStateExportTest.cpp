@@ -21,6 +21,21 @@ protected:
     void chooseFolder() { state->setOutputFolder(QUrl::fromLocalFile(output())); }
     [[nodiscard]] QString output() const { return m_folder.filePath(QStringLiteral("sortie")); }
 
+    /// Instead of the state: one of two captures whose subjects wait at the gate that is returned,
+    /// each time that they are looked for.
+    std::shared_ptr<GateSegmenter> captureTwoAndBegin() {
+        auto gate = std::make_shared<GateSegmenter>();
+        state = stateWith(gate);
+        load(*state);
+        chooseFolder();
+        captureAt(*state, 1000);
+        captureAt(*state, 500);
+        gate->open(2);
+        finish(*state);
+        state->runExport(ExportMode::merged);
+        return gate;
+    }
+
     void exportAll(ExportMode mode = ExportMode::merged) {
         state->runExport(mode);
         ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }));
@@ -42,7 +57,7 @@ protected:
 };
 
 TEST_F(AppStateExportTest, WithoutAVideoAnExportIsRefused) {
-    state = stateWith(std::make_shared<BlindSegmenter>());
+    state = stateWith(blindSegmenter());
     state->runExport(ExportMode::merged);
     EXPECT_EQ(state->errorMessage(), QStringLiteral("Aucune vidéo chargée."));
     EXPECT_EQ(state->progress(), ExportProgress::idle);
@@ -133,7 +148,7 @@ TEST_F(AppStateExportTest, ASecondExportWhileOneRunsDoesNothing) {
 }
 
 TEST_F(AppStateExportTest, EachFailureIsListedAndTheExportGoesOn) {
-    state = stateWith(std::make_shared<BlindSegmenter>());
+    state = stateWith(blindSegmenter());
     load(*state);
     chooseFolder();
     captureAt(*state, 1000);
@@ -151,15 +166,7 @@ TEST_F(AppStateExportTest, EachFailureIsListedAndTheExportGoesOn) {
 }
 
 TEST_F(AppStateExportTest, AFolderThatVanishesMeanwhileFailsTheRest) {
-    const auto gate = std::make_shared<GateSegmenter>();
-    state = stateWith(gate);
-    load(*state);
-    chooseFolder();
-    captureAt(*state, 1000);
-    captureAt(*state, 500);
-    gate->open(2);
-    finish(*state);
-    state->runExport(ExportMode::merged);
+    const auto gate = captureTwoAndBegin();
     gate->open(1);
     ASSERT_TRUE(runUntil([this] { return state->progress().completed == 1; }));
     ASSERT_TRUE(QDir(output()).removeRecursively());
@@ -172,15 +179,7 @@ TEST_F(AppStateExportTest, AFolderThatVanishesMeanwhileFailsTheRest) {
 }
 
 TEST_F(AppStateExportTest, AnExportGoesOnWhereItsStateCloses) {
-    const auto gate = std::make_shared<GateSegmenter>();
-    state = stateWith(gate);
-    load(*state);
-    chooseFolder();
-    captureAt(*state, 1000);
-    captureAt(*state, 500);
-    gate->open(2);
-    finish(*state);
-    state->runExport(ExportMode::merged);
+    const auto gate = captureTwoAndBegin();
     state.reset();
     gate->open(2);
     EXPECT_TRUE(runUntil([this] { return files().size() == 2; }));
@@ -204,7 +203,7 @@ TEST_F(AppStateExportTest, TheFinishedFolderIsForgottenOnceOpened) {
 }
 
 TEST_F(AppStateExportTest, AnotherVideoForgetsTheFailures) {
-    state = stateWith(std::make_shared<BlindSegmenter>());
+    state = stateWith(blindSegmenter());
     load(*state);
     chooseFolder();
     captureAt(*state, 1000);

@@ -23,18 +23,6 @@ using Placement = ExportGroup::Placement;
 
 const QString sample = QStringLiteral(STILLWICK_SOURCE_DIR "/Samples/balles.mp4");
 
-/// Finds nothing.
-class BlindSegmenter final : public ForegroundSegmenter {
-public:
-    [[nodiscard]] Foreground segment(const QImage& picture, std::stop_token) const override {
-        Foreground found{QImage(picture.size(), QImage::Format_Grayscale8),
-                         QImage(picture.size(), QImage::Format_Grayscale8), 0};
-        found.alpha.fill(0);
-        found.labels.fill(0);
-        return found;
-    }
-};
-
 /// A mark from the picture's left border to its right, far above the ball.
 Annotation topLine() {
     Annotation line;
@@ -251,7 +239,7 @@ TEST_F(BatchExportServiceTest, AMergedPictureIsLiftedRenderedMarkedAndTrimmedInT
 }
 
 TEST_F(BatchExportServiceTest, ACaptureWithoutSubjectIsToldBeforeItIsCountedAndTheNextFollows) {
-    m_segmenter = std::make_shared<const BlindSegmenter>();
+    m_segmenter = testing::blindSegmenter();
     m_job.groups = {{QStringLiteral("A"), {}, {frameAt(0), frameAt(1000)}, Placement::subfolder},
                     {QStringLiteral("B"), {}, {frameAt(2000)}, Placement::subfolder}};
     run();

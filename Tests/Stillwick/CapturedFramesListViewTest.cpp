@@ -72,7 +72,7 @@ TEST_F(CapturedFramesListViewTest, ARowShowsWhatBecomesOfItsCapture) {
 }
 
 TEST_F(CapturedFramesListViewTest, ACaptureWithoutASubjectShowsSo) {
-    const auto blind = stateWith(std::make_shared<BlindSegmenter>());
+    const auto blind = stateWith(blindSegmenter());
     load(*blind);
     const CapturedFramesListView list(*blind);
     const QUuid id = captureAt(*blind, 0);

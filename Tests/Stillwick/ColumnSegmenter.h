@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -49,5 +50,10 @@ private:
 
     std::vector<int> m_widths;
 };
+
+/// Finds nothing.
+inline std::shared_ptr<const ForegroundSegmenter> blindSegmenter() {
+    return std::make_shared<const ColumnSegmenter>(std::vector<int>{});
+}
 
 } // namespace stillwick::testing

@@ -76,7 +76,7 @@ TEST_F(ExtractionPreviewViewTest, AFreshCaptureShowsNothingThenProgressThenThePi
 }
 
 TEST_F(ExtractionPreviewViewTest, ACaptureWithoutASubjectKeepsThePanel) {
-    const auto blind = stateWith(std::make_shared<BlindSegmenter>());
+    const auto blind = stateWith(blindSegmenter());
     ExtractionPreviewView preview(*blind);
     preview.show();
     load(*blind);

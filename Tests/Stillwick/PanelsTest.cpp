@@ -163,7 +163,7 @@ TEST_F(ExportPanelViewTest, TheEndIsAnnouncedEachTime) {
 }
 
 TEST_F(ExportPanelViewTest, FailuresAreCountedAndListed) {
-    state = stateWith(std::make_shared<BlindSegmenter>());
+    state = stateWith(blindSegmenter());
     ExportPanelView panel(*state);
     panel.show();
     load(*state);

@@ -21,18 +21,6 @@ inline QUrl sampleFilm() {
     return QUrl::fromLocalFile(QStringLiteral(STILLWICK_SOURCE_DIR "/Samples/balles.mp4"));
 }
 
-/// Finds nothing.
-class BlindSegmenter final : public ForegroundSegmenter {
-public:
-    [[nodiscard]] Foreground segment(const QImage& picture, std::stop_token) const override {
-        Foreground found{QImage(picture.size(), QImage::Format_Grayscale8),
-                         QImage(picture.size(), QImage::Format_Grayscale8), 0};
-        found.alpha.fill(0);
-        found.labels.fill(0);
-        return found;
-    }
-};
-
 /// A state whose subjects are what `segmenter` says.
 inline std::unique_ptr<AppState> stateWith(std::shared_ptr<const ForegroundSegmenter> segmenter,
                                            std::shared_ptr<PictureStore> pictures = {}) {

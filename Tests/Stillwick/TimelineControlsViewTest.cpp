@@ -28,7 +28,7 @@ protected:
         return texts;
     }
 
-    std::unique_ptr<AppState> state = stateWith(std::make_shared<BlindSegmenter>());
+    std::unique_ptr<AppState> state = stateWith(blindSegmenter());
     TimelineControlsView view{*state};
     ContinuousSlider& slider = *view.findChild<ContinuousSlider*>();
 };
