@@ -4,6 +4,7 @@
 #include "Stillwick/AnnotationGeometry.h"
 #include "Stillwick/EdgeOptions.h"
 
+#include <QApplication>
 #include <QLineF>
 #include <QMouseEvent>
 #include <QPainter>
@@ -15,18 +16,9 @@ namespace stillwick {
 
 namespace {
 
-constexpr double leastStroke = 1;
 constexpr double leastDrag = 2; // pixels; a press without a movement does nothing
 constexpr double haloOpacity = 0.6;
 constexpr double haloExtra = 4;
-
-QColor colorOf(const Annotation& annotation) {
-    const auto component = [](double value) {
-        return float(std::clamp(value, 0.0, 1.0));
-    };
-    return QColor::fromRgbF(component(annotation.r), component(annotation.g),
-                            component(annotation.b), component(annotation.a));
-}
 
 } // namespace
 
@@ -71,7 +63,7 @@ void AnnotationCanvas::paintEvent(QPaintEvent* /*event*/) {
 void AnnotationCanvas::drawAnnotation(QPainter& painter, const Annotation& annotation,
                                       bool isSelected) const {
     const QSizeF canvas = size();
-    const double stroke = std::max(annotation.lineWidth * canvas.width(), leastStroke);
+    const double stroke = AnnotationGeometry::strokeOf(annotation, canvas);
     const QPainterPath path = AnnotationGeometry::shapePath(
         annotation.kind, AnnotationGeometry::denormalize(annotation.start, canvas),
         AnnotationGeometry::denormalize(annotation.end, canvas), stroke);
@@ -82,7 +74,7 @@ void AnnotationCanvas::drawAnnotation(QPainter& painter, const Annotation& annot
             path, QPen(halo, stroke + haloExtra, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     }
     painter.strokePath(
-        path, QPen(colorOf(annotation), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        path, QPen(annotation.color(), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
 }
 
 void AnnotationCanvas::mousePressEvent(QMouseEvent* event) {
@@ -96,9 +88,16 @@ void AnnotationCanvas::mouseMoveEvent(QMouseEvent* event) {
     if (!m_pressed)
         return;
     m_isDragging = m_isDragging || QLineF(*m_pressed, event->position()).length() >= leastDrag;
-    if (m_isDragging)
-        drag(AnnotationGeometry::normalize(*m_pressed, size()),
-             AnnotationGeometry::normalize(event->position(), size()));
+    if (!m_isDragging)
+        return;
+    drag(AnnotationGeometry::normalize(*m_pressed, size()),
+         AnnotationGeometry::normalize(event->position(), size()));
+    const bool hasHold = m_draft || m_dragSnapshot;
+    if (!hasHold &&
+        QLineF(*m_pressed, event->position()).length() >= QApplication::startDragDistance()) {
+        endDrag(); // its end will not be told
+        emit pictureDragged();
+    }
 }
 
 void AnnotationCanvas::mouseReleaseEvent(QMouseEvent* event) {
@@ -110,10 +109,14 @@ void AnnotationCanvas::mouseReleaseEvent(QMouseEvent* event) {
         emit annotationsEdited(m_annotations);
         select(finished.id);
     }
+    endDrag();
+    update();
+}
+
+void AnnotationCanvas::endDrag() {
     m_dragSnapshot.reset();
     m_pressed.reset();
     m_isDragging = false;
-    update();
 }
 
 void AnnotationCanvas::drag(const QPointF& start, const QPointF& point) {

@@ -42,6 +42,8 @@ signals:
     void annotationsEdited(const QList<Annotation>& annotations);
     /// The user selected a mark, or none.
     void selectionEdited(const std::optional<QUuid>& id);
+    /// The user draws the picture itself away: a drag with the selection tool that hit no mark.
+    void pictureDragged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -53,6 +55,7 @@ private:
     void drawAnnotation(QPainter& painter, const Annotation& annotation, bool isSelected) const;
     void drag(const QPointF& start, const QPointF& point);
     void moveSelected(const QPointF& start, const QPointF& point);
+    void endDrag();
     void select(std::optional<QUuid> id);
 
     QList<Annotation> m_annotations;

@@ -14,7 +14,9 @@
 #include "Stillwick/StillRegenerator.h"
 #include "Stillwick/VideoFrameExtractorService.h"
 
+#include <QByteArray>
 #include <QCoroTask>
+#include <QFuture>
 #include <QImage>
 #include <QList>
 #include <QObject>
@@ -144,8 +146,12 @@ public:
     void setOutputFolder(const QUrl& folder);
     void setCropToSubject(bool crop);
     /// Exports all captures as they are now. `progress` and `failures` tell what becomes of it. The
-    /// export goes on where the state goes.
+    /// export goes on where the state goes, and the program stays until it is done.
     void runExport(ExportMode mode);
+    /// The file that a merged export would write of the capture now, under `exportedName`; empty
+    /// where it has no subject. *Thread*: made on the state's own pool.
+    [[nodiscard]] QFuture<QByteArray> exportedPNG(const CapturedFrame& frame) const;
+    [[nodiscard]] QString exportedName(const CapturedFrame& frame) const;
     /// Shows the folder of the last export in the file browser.
     void openExportFolder();
     /// Writes the project file and remembers where. A failure is told, and changes nothing.

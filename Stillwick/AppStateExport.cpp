@@ -1,11 +1,14 @@
 // Exports and projects of the working state.
 #include "Desktop/FileBrowser.h"
+#include "Imaging/PngEncoder.h"
 #include "Stillwick/AppError.h"
 #include "Stillwick/AppState.h"
 #include "Stillwick/BatchExportService.h"
-#include "Stillwick/CaptureLists.h"
+#include "Stillwick/ExportNaming.h"
 
+#include <QEventLoopLocker>
 #include <QPointer>
+#include <QtConcurrentRun>
 
 #include <utility>
 
@@ -64,6 +67,7 @@ void AppState::runExport(ExportMode mode) {
 // After the wait the state may be gone; the service keeps all that the export needs.
 QCoro::Task<> AppState::exportToEnd(ExportJob job, QUrl folder) {
     const QPointer<AppState> self(this);
+    const QEventLoopLocker beforeTheProgramEnds;
     ExportEvents events;
     events.onProgress = [self](int completed) {
         if (self)
@@ -85,6 +89,22 @@ QCoro::Task<> AppState::exportToEnd(ExportJob job, QUrl folder) {
     // Told again where the export before went to the same folder.
     m_exportFinishedFolder = folder;
     emit exportFinishedFolderChanged();
+}
+
+QFuture<QByteArray> AppState::exportedPNG(const CapturedFrame& frame) const {
+    return QtConcurrent::run(
+        m_renderPool.get(),
+        [renderer = m_renderer, subject = frame.subjectPreview, annotations = frame.annotations,
+         style = m_selectedFilter, edge = m_edgeOptions.params(), crop = m_cropToSubject] {
+            const QImage cutOut = subject.image();
+            return cutOut.isNull()
+                       ? QByteArray()
+                       : encodePng(renderer.finish(cutOut, style, edge, annotations, crop));
+        });
+}
+
+QString AppState::exportedName(const CapturedFrame& frame) const {
+    return ExportNaming::fileName(videoName(), frame.time(), std::nullopt);
 }
 
 void AppState::openExportFolder() {

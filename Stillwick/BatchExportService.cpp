@@ -1,11 +1,9 @@
 #include "Stillwick/BatchExportService.h"
 
 #include "Desktop/AtomicFile.h"
-#include "Stillwick/AnnotationRenderer.h"
 #include "Stillwick/AppError.h"
 #include "Stillwick/ErrorDescription.h"
 #include "Stillwick/ExportNaming.h"
-#include "Stillwick/ImageCrop.h"
 #include "Stillwick/MarkdownIndex.h"
 #include "Stillwick/SubjectExtractionService.h"
 
@@ -132,9 +130,8 @@ private:
         const std::vector<QImage> cutOuts =
             co_await m_services->subjectExtractor->extract(picture, ExportMode::merged, false);
         const QImage finished = co_await onPool([this, &frame, &cutOuts] {
-            const QImage rendered =
-                AnnotationRenderer::draw(frame.annotations, render(cutOuts.front()));
-            return m_job.crop ? ImageCrop::trimmedToContent(rendered) : rendered;
+            return m_services->renderer.finish(cutOuts.front(), m_job.filter, m_job.edge,
+                                               frame.annotations, m_job.crop);
         });
         co_await writePicture(group, frame, finished, std::nullopt);
     }

@@ -3,11 +3,16 @@
 #include "Interface/Checkerboard.h"
 #include "Interface/EmptyPanel.h"
 #include "Interface/ProgressIndicator.h"
+#include "Interface/StylePainting.h"
 #include "Interface/Theme.h"
 #include "Stillwick/AnnotationCanvas.h"
 
+#include <QAction>
+#include <QDrag>
+#include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyleOption>
 
 namespace stillwick {
 
@@ -30,7 +35,33 @@ BigPreview::BigPreview(QWidget* parent)
     setMinimumHeight(leastHeight);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setAccessibleName(QStringLiteral("Aperçu du détourage"));
+    setFocusPolicy(Qt::StrongFocus);
+    m_canvas->setFocusPolicy(Qt::ClickFocus);
+    m_canvas->setFocusProxy(this);
+    connect(m_canvas, &AnnotationCanvas::pictureDragged, this, &BigPreview::dragRequested);
+    makeCopyAction();
     showNothing();
+}
+
+void BigPreview::makeCopyAction() {
+    m_copy = new QAction(QStringLiteral("Copier l'image"), this);
+    m_copy->setShortcut(QKeySequence::Copy);
+    m_copy->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    connect(m_copy, &QAction::triggered, this, &BigPreview::copyRequested);
+    addAction(m_copy);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void BigPreview::startDrag(QMimeData* content) {
+    constexpr int side = 128;
+    QPixmap picture = QPixmap::fromImage(scaledImage().scaled(
+        QSize(side, side) * devicePixelRatioF(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    auto* const drag = new QDrag(this); // goes by itself, when the data were fetched
+    drag->setMimeData(content);
+    drag->setPixmap(picture);
+    drag->setHotSpot(QRectF(QPointF(), picture.deviceIndependentSize()).center().toPoint());
+    drag->exec(Qt::CopyAction);
 }
 
 void BigPreview::showImage(const QImage& image) {
@@ -38,6 +69,7 @@ void BigPreview::showImage(const QImage& image) {
         return;
     m_image = image;
     m_scaled = {};
+    m_copy->setEnabled(true);
     m_canvas->show();
     m_empty->hide();
     m_progress->hide();
@@ -47,6 +79,7 @@ void BigPreview::showImage(const QImage& image) {
 
 void BigPreview::showNothing() {
     m_image = {};
+    m_copy->setEnabled(false);
     m_canvas->hide();
     m_progress->hide();
     m_empty->show();
@@ -56,6 +89,7 @@ void BigPreview::showNothing() {
 
 void BigPreview::showProgress() {
     m_image = {};
+    m_copy->setEnabled(false);
     m_canvas->hide();
     m_empty->hide();
     m_progress->show();
@@ -119,6 +153,10 @@ void BigPreview::paintEvent(QPaintEvent* /*event*/) {
     painter.setClipping(false);
     painter.setPen(themeColor(ThemeColor::separator, palette()));
     painter.drawPath(outline);
+    QStyleOption option;
+    option.initFrom(this);
+    if (showsFocus(option))
+        paintFocusRing(painter, QRectF(rect()), radius, palette());
 }
 
 } // namespace stillwick

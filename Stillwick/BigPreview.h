@@ -4,6 +4,9 @@
 #include <QImage>
 #include <QWidget>
 
+class QAction;
+class QMimeData;
+
 namespace stillwick {
 
 class AnnotationCanvas;
@@ -11,7 +14,8 @@ class EmptyPanel;
 class ProgressIndicator;
 
 /// Shows a cut-out on a checkerboard with the canvas exactly over it; or that there is none; or
-/// that it is being made.
+/// that it is being made. The cut-out can be copied (by the keyboard while the preview has the
+/// focus, by its context menu) and dragged away.
 class BigPreview final : public QWidget {
     Q_OBJECT
 
@@ -27,6 +31,13 @@ public:
     [[nodiscard]] QRect imageRect() const;
     [[nodiscard]] const QImage& image() const noexcept { return m_image; }
     [[nodiscard]] QSize minimumSizeHint() const override;
+    /// Begins a drag of this content, which it takes, under a small picture of the cut-out. Returns
+    /// when they were dropped.
+    void startDrag(QMimeData* content);
+
+signals:
+    void copyRequested();
+    void dragRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -34,11 +45,13 @@ protected:
 
 private:
     void place();
+    void makeCopyAction();
     [[nodiscard]] const QImage& scaledImage();
 
     QImage m_image;
     QImage m_scaled; ///< as large as it is shown; null until it is painted
     AnnotationCanvas* m_canvas;
+    QAction* m_copy = nullptr;
     EmptyPanel* m_empty;
     ProgressIndicator* m_progress;
 };

@@ -1,6 +1,8 @@
 #include "Stillwick/ExtractRenderer.h"
 
+#include "Stillwick/AnnotationRenderer.h"
 #include "Stillwick/EdgeProcessingService.h"
+#include "Stillwick/ImageCrop.h"
 #include "Stillwick/ImageFilterService.h"
 
 namespace stillwick {
@@ -21,6 +23,12 @@ QImage ExtractRenderer::render(const QImage& image, FilterStyle style,
             picture, params.outlineWidth,
             QColor::fromRgbF(float(params.r), float(params.g), float(params.b), float(params.a)));
     return picture;
+}
+
+QImage ExtractRenderer::finish(const QImage& image, FilterStyle style, const EdgeParams& params,
+                               const QList<Annotation>& annotations, bool crop) const {
+    const QImage marked = AnnotationRenderer::draw(annotations, render(image, style, params));
+    return crop ? ImageCrop::trimmedToContent(marked) : marked;
 }
 
 } // namespace stillwick

@@ -1,10 +1,12 @@
 // A cut-out finished. Plain value, any thread.
 #pragma once
 
+#include "Stillwick/Annotation.h"
 #include "Stillwick/EdgeOptions.h"
 #include "Stillwick/FilterStyle.h"
 
 #include <QImage>
+#include <QList>
 
 #include <memory>
 
@@ -27,6 +29,10 @@ struct ExtractRenderer {
     /// there is nothing to do.
     [[nodiscard]] QImage render(const QImage& image, FilterStyle style,
                                 const EdgeParams& params) const;
+    /// The same with its marks, as it is exported whole; where `crop` is set trimmed to what is
+    /// visible.
+    [[nodiscard]] QImage finish(const QImage& image, FilterStyle style, const EdgeParams& params,
+                                const QList<Annotation>& annotations, bool crop) const;
 };
 
 } // namespace stillwick

@@ -9,8 +9,11 @@
 #include "Stillwick/AnnotationCanvas.h"
 #include "Stillwick/AppState.h"
 #include "Stillwick/BigPreview.h"
+#include "Stillwick/CutoutMimeData.h"
 #include "Stillwick/StylesStrip.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
@@ -46,6 +49,10 @@ ExtractionPreviewView::ExtractionPreviewView(AppState& state, QWidget* parent)
             });
     connect(&canvas, &AnnotationCanvas::selectionEdited, this,
             &ExtractionPreviewView::selectAnnotation);
+    connect(m_preview, &BigPreview::copyRequested, this,
+            [this] { QGuiApplication::clipboard()->setMimeData(makeMimeData()); });
+    connect(m_preview, &BigPreview::dragRequested, this,
+            [this] { m_preview->startDrag(makeMimeData()); });
     connect(m_strip, &StylesStrip::styleChosen, &state, &AppState::setSelectedFilter);
     connect(&m_renders, &RenderCache::rendersChanged, this, &ExtractionPreviewView::showRenders);
     connect(&state, &AppState::selectedFilterChanged, this, &ExtractionPreviewView::showRenders);
@@ -161,6 +168,13 @@ void ExtractionPreviewView::showRenders() {
 void ExtractionPreviewView::selectAnnotation(std::optional<QUuid> id) {
     m_preview->canvas().setSelectedID(id);
     m_delete->setEnabled(id.has_value());
+}
+
+QMimeData* ExtractionPreviewView::makeMimeData() const {
+    const auto frame = m_state.previewFrame();
+    if (!frame)
+        return new QMimeData;
+    return new CutoutMimeData(m_state.exportedPNG(*frame), m_state.exportedName(*frame));
 }
 
 void ExtractionPreviewView::deleteSelectedAnnotation() {

@@ -8,6 +8,7 @@
 
 #include <optional>
 
+class QMimeData;
 class QPlainTextEdit;
 
 namespace stillwick {
@@ -38,6 +39,8 @@ private:
     void showCapture();
     void selectAnnotation(std::optional<QUuid> id);
     void deleteSelectedAnnotation();
+    /// The capture that is shown, for other programs.
+    [[nodiscard]] QMimeData* makeMimeData() const;
 
     AppState& m_state;
     RenderCache m_renders;

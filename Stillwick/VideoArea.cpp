@@ -53,7 +53,8 @@ void VideoArea::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void VideoArea::dragEnterEvent(QDragEnterEvent* event) {
-    if (!event->mimeData()->hasUrls() || !m_takes(event->mimeData()->urls()))
+    const bool isFromHere = event->source() != nullptr;
+    if (isFromHere || !event->mimeData()->hasUrls() || !m_takes(event->mimeData()->urls()))
         return;
     event->acceptProposedAction();
     m_outline->show();

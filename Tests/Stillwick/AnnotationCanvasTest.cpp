@@ -66,6 +66,24 @@ TEST_F(AnnotationCanvasTest, ADrawnArrowIsAddedAndSelectedAndTheDraftGoes) {
     EXPECT_EQ(edited.size(), 1);
 }
 
+TEST_F(AnnotationCanvasTest, ADragThatHitsNoMarkDrawsThePictureAwayOnce) {
+    QSignalSpy dragged(&canvas, &AnnotationCanvas::pictureDragged);
+    canvas.setAnnotations({line({0.1, 0.1}, {0.2, 0.1})});
+    drag({600, 300}, {604, 300});
+    EXPECT_EQ(dragged.size(), 0) << "not yet far enough";
+    QTest::mousePress(&canvas, Qt::LeftButton, {}, {600, 300});
+    for (int x = 605; x < 700; x += 5)
+        moveTo({x, 300});
+    EXPECT_EQ(dragged.size(), 1);
+    QTest::mouseRelease(&canvas, Qt::LeftButton, {}, {700, 300});
+    drag({150, 50}, {400, 300});
+    EXPECT_EQ(dragged.size(), 1) << "a mark is moved";
+    canvas.setTool(AnnotationTool::line);
+    drag({600, 300}, {700, 400});
+    EXPECT_EQ(dragged.size(), 1) << "a mark is drawn";
+    EXPECT_EQ(canvas.annotations().size(), 2);
+}
+
 TEST_F(AnnotationCanvasTest, APressWithoutAMovementDoesNothing) {
     canvas.setTool(AnnotationTool::circle);
     QTest::mouseClick(&canvas, Qt::LeftButton, {}, {100, 100});

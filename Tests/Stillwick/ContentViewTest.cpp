@@ -1,4 +1,5 @@
 // The whole of a window: films by drop, titles, notices.
+#include "GateSegmenter.h"
 #include "SampleState.h"
 
 #include "Stillwick/ContentView.h"
@@ -8,12 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QTimer>
 #include <QToolBar>
 
 namespace stillwick::testing {
@@ -148,6 +151,32 @@ TEST_F(ContentViewTest, AWindowThatClosesInTheMiddleOfEverythingLeavesNothing) {
         runFor(std::chrono::milliseconds(i * 30));
     }
     runFor(50ms);
+}
+
+TEST_F(ContentViewTest, TheProgramStaysUntilAnExportIsDone) {
+    window.reset();
+    const auto gate = std::make_shared<GateSegmenter>();
+    auto exporting = stateWith(gate);
+    load(*exporting);
+    captureAt(*exporting, 500);
+    gate->open(1);
+    finish(*exporting);
+    exporting->setOutputFolder(QUrl::fromLocalFile(folder.path()));
+    exporting->runExport(ExportMode::merged);
+    bool isOpened = false;
+    QTimer::singleShot(20ms, [&exporting] {
+        exporting.reset();
+        QWidget last;
+        last.show();
+        last.close();
+    });
+    QTimer::singleShot(300ms, [&] {
+        isOpened = true;
+        gate->open(1);
+    });
+    QApplication::exec();
+    EXPECT_TRUE(isOpened) << "the last window's closing did not end the program";
+    EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("balles_00-00-00-500.png"))));
 }
 
 } // namespace
