@@ -51,6 +51,14 @@ void AnnotationCanvas::setSelectedID(std::optional<QUuid> id) {
     update();
 }
 
+void AnnotationCanvas::abandonDrag() {
+    m_draft.reset();
+    m_dragSnapshot.reset();
+    m_pressed.reset();
+    m_isDragging = false;
+    update();
+}
+
 void AnnotationCanvas::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

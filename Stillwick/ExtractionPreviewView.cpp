@@ -134,8 +134,10 @@ void ExtractionPreviewView::refresh() {
 void ExtractionPreviewView::showCapture() {
     const auto frame = m_state.previewFrame();
     const QUuid id = frame ? frame->id() : QUuid();
-    if (std::exchange(m_shown, id) != id)
+    if (std::exchange(m_shown, id) != id) {
+        m_preview->canvas().abandonDrag(); // what was being drawn was meant for the other
         selectAnnotation(std::nullopt);
+    }
     m_toolbar->setVisible(frame.has_value());
     m_noteEditor->setVisible(frame.has_value());
     m_preview->canvas().setAnnotations(frame ? frame->annotations : QList<Annotation>());

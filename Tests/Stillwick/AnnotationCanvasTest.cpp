@@ -143,6 +143,18 @@ TEST_F(AnnotationCanvasTest, ACircleIsPickedByItsOutlineNotByItsMiddle) {
     EXPECT_EQ(canvas.selectedID(), circle.id);
 }
 
+TEST_F(AnnotationCanvasTest, AnAbandonedDragLeavesNothing) {
+    canvas.setTool(AnnotationTool::line);
+    QTest::mousePress(&canvas, Qt::LeftButton, {}, {100, 100});
+    moveTo({300, 200});
+    canvas.abandonDrag();
+    EXPECT_FALSE(canvas.draft());
+    moveTo({400, 200});
+    QTest::mouseRelease(&canvas, Qt::LeftButton, {}, {400, 200});
+    EXPECT_TRUE(canvas.annotations().isEmpty());
+    EXPECT_TRUE(edited.isEmpty());
+}
+
 TEST_F(AnnotationCanvasTest, MarksAreDrawnWhereTheExportDrawsThem) {
     Annotation mark = line({0.25, 0.5}, {0.75, 0.5});
     mark.r = 1;

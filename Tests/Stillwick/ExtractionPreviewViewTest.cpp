@@ -185,6 +185,24 @@ TEST_F(ExtractionPreviewViewTest, MarksDrawnAreTheCaptures) {
     EXPECT_FALSE(deleteButton().isEnabled());
 }
 
+TEST_F(ExtractionPreviewViewTest, AMarkThatIsBeingDrawnDoesNotGoToAnotherCapture) {
+    capture();
+    gate->open(1);
+    waitForRenders();
+    const QUuid first = state->previewFrame()->id();
+    AnnotationCanvas& canvas = view.bigPreview().canvas();
+    canvas.setTool(AnnotationTool::line);
+    QTest::mousePress(&canvas, Qt::LeftButton, {}, {10, 10});
+    QMouseEvent move(QEvent::MouseMove, QPointF(30, 30), canvas.mapToGlobal(QPointF(30, 30)),
+                     Qt::NoButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&canvas, &move);
+    ASSERT_TRUE(canvas.draft());
+    captureAt(*state, 2000); // by its key, with the button held
+    QTest::mouseRelease(&canvas, Qt::LeftButton, {}, {30, 30});
+    EXPECT_TRUE(frameIn(*state, first).annotations.isEmpty());
+    EXPECT_TRUE(state->previewFrame()->annotations.isEmpty());
+}
+
 TEST_F(ExtractionPreviewViewTest, AnotherCaptureClearsTheSelectedMarkAndShowsItsNote) {
     capture();
     const QUuid first = state->previewFrame()->id();
