@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegularExpression>
+#include <QSignalBlocker>
 #include <QStyleOptionSlider>
 #include <QVBoxLayout>
 
@@ -206,7 +207,8 @@ QWidget* ColorPicker::makeCodeLine() {
     m_code->setAccessibleName(QStringLiteral("Code de la couleur"));
     m_code->setMaxLength(9);
     m_code->setFixedWidth(110);
-    connect(m_code, &QLineEdit::textEdited, this, &ColorPicker::onCodeEdited);
+    // Also where a screen reader sets it, which is no editing.
+    connect(m_code, &QLineEdit::textChanged, this, &ColorPicker::onCodeEdited);
     connect(m_code, &QLineEdit::editingFinished, this, &ColorPicker::showColor);
     auto* label = makeLabel(QStringLiteral("Code"), TextStyle::caption);
     label->setBuddy(m_code);
@@ -234,8 +236,13 @@ void ColorPicker::onCodeEdited(const QString& code) {
     const QString typed = m_code->text();
     const int cursor = m_code->cursorPosition();
     choose(color);
-    m_code->setText(typed); // what is being typed stays as it is
+    showCode(typed); // what is being typed stays as it is
     m_code->setCursorPosition(cursor);
+}
+
+void ColorPicker::showCode(const QString& code) {
+    const QSignalBlocker isOurs(m_code);
+    m_code->setText(code);
 }
 
 void ColorPicker::onSliderMoved() {
@@ -246,7 +253,7 @@ void ColorPicker::onSliderMoved() {
     const float turn = value(hue) >= 360 ? 0 : value(hue) / 360;
     m_color = QColor::fromHsvF(turn, value(saturation), value(brightness), value(opacity)).toRgb();
     showStops();
-    m_code->setText(colorCode(m_color));
+    showCode(colorCode(m_color));
     for (ColorSwatch* swatch : m_swatches)
         swatch->setCurrent(swatch->color().rgb() == m_color.rgb());
     emit colorChosen(m_color);
@@ -267,7 +274,7 @@ void ColorPicker::showColor() {
         if (auto* line = qobject_cast<LabelledSlider*>(slider->parentWidget()))
             line->setValue(slider->realValue());
     }
-    m_code->setText(colorCode(m_color));
+    showCode(colorCode(m_color));
     for (ColorSwatch* swatch : m_swatches)
         swatch->setCurrent(swatch->color().rgb() == m_color.rgb());
     showStops();

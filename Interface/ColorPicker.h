@@ -72,6 +72,7 @@ private:
     QWidget* makeCodeLine();
     void onSliderMoved();
     void onCodeEdited(const QString& code);
+    void showCode(const QString& code);
     void choose(const QColor& color);
     void showColor();
     void showStops();

@@ -60,7 +60,8 @@ void GroupHeaderView::build() {
     m_popover = new Popover(m_notesButton, QStringLiteral("Description du groupe"));
     m_popover->setContent(makeDescription());
     connect(m_activate, &QAbstractButton::clicked, this, [this] { m_state.setActiveGroup(m_id); });
-    connect(m_name, &QLineEdit::textEdited, this,
+    // Also where a screen reader sets it, which is no editing.
+    connect(m_name, &QLineEdit::textChanged, this,
             [this](const QString& name) { m_state.setGroupName(name, m_id); });
     connect(m_notesButton, &QAbstractButton::clicked, m_popover, &Popover::toggle);
     // Later, for deleting the group deletes this header.
@@ -99,8 +100,10 @@ void GroupHeaderView::refresh() {
                           isActive ? ThemeColor::accent : ThemeColor::secondaryText);
     m_activate->setHelp(isActive ? QStringLiteral("Groupe actif (cible des captures)")
                                  : QStringLiteral("Définir comme groupe actif"));
-    if (m_name->text() != shown->name)
+    if (m_name->text() != shown->name) {
+        const QSignalBlocker quiet(m_name);
         m_name->setText(shown->name);
+    }
     m_count->setText(QString::number(shown->frames.size()));
     m_notesButton->setSymbol(shown->notes.isEmpty() ? u"text.alignleft" : u"text.badge.checkmark");
     m_descriptionTitle->setText(QStringLiteral("Description — ") + shown->name);

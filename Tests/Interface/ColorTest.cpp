@@ -109,6 +109,14 @@ TEST_F(ColorWellTest, ACodeIsTakenAsSoonAsItIsComplete) {
     EXPECT_EQ(code->text(), u"#00ff00");
 }
 
+TEST_F(ColorWellTest, ACodeThatAScreenReaderSetsIsTaken) {
+    well->popover().open();
+    auto* code = well->picker().findChild<QLineEdit*>();
+    accessible(code)->editableTextInterface()->replaceText(0, int(code->text().size()),
+                                                           QStringLiteral("#0000ff"));
+    EXPECT_EQ(well->color(), QColor(0, 0, 255));
+}
+
 TEST_F(ColorWellTest, WhatTheProgramSetsIsNoChoice) {
     well->setColor(Qt::green);
     EXPECT_EQ(chosen.count(), 0);

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
@@ -114,6 +115,21 @@ TEST_F(CapturedFramesListViewTest, TypingANameChangesTheGroupAtOnce) {
     QTest::keyClick(&name, Qt::Key_Delete);
     EXPECT_EQ(state->groups().front().name, QString());
     EXPECT_EQ(name.placeholderText(), QStringLiteral("Nom du groupe"));
+}
+
+TEST_F(CapturedFramesListViewTest, ANameThatAScreenReaderSetsIsTheGroups) {
+    captureAt(*state, 0);
+    auto* const name = header(0).findChild<QLineEdit*>();
+    QAccessible::queryAccessibleInterface(name)->editableTextInterface()->replaceText(
+        0, int(name->text().size()), QStringLiteral("Plan B"));
+    EXPECT_EQ(state->groups().front().name, QStringLiteral("Plan B"));
+}
+
+TEST_F(CapturedFramesListViewTest, ANameTooLongForTheFieldStaysWhole) {
+    captureAt(*state, 0);
+    const QString name(40'000, u'm'); // fields hold 32767
+    state->setGroupName(name, state->groups().front().id());
+    EXPECT_EQ(state->groups().front().name, name);
 }
 
 TEST_F(CapturedFramesListViewTest, TheDescriptionChangesTheGroupAtOnce) {
