@@ -1,5 +1,8 @@
 #include "Interface/Accessibility.h"
 
+#include "Interface/Buttons.h"
+#include "Interface/ColorPicker.h"
+#include "Interface/ColorWell.h"
 #include "Interface/ContinuousSlider.h"
 #include "Interface/DisclosureGroup.h"
 #include "Interface/PlayerControls.h"
@@ -17,6 +20,49 @@ namespace stillwick {
 
 namespace {
 
+/// A tool tip that says the name over again is not read after it.
+QString withoutEcho(const QString& description, const QString& name) {
+    return description == name ? QString() : description;
+}
+
+/// A button that its symbol stands for.
+class SymbolButtonInterface final : public QAccessibleWidget {
+public:
+    explicit SymbolButtonInterface(QAbstractButton* button)
+        : QAccessibleWidget(button,
+                            button->isCheckable() ? QAccessible::RadioButton : QAccessible::Button),
+          m_button(button) {}
+
+    QString text(QAccessible::Text kind) const override {
+        const QString text = QAccessibleWidget::text(kind);
+        return kind == QAccessible::Description
+                   ? withoutEcho(text, QAccessibleWidget::text(QAccessible::Name))
+                   : text;
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = m_button->isCheckable();
+        state.checked = m_button->isChecked();
+        state.pressed = m_button->isDown();
+        return state;
+    }
+    QStringList actionNames() const override {
+        return QStringList(mainAction()) + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name != mainAction())
+            QAccessibleWidget::doAction(name);
+        else if (m_button->isEnabled())
+            m_button->click();
+    }
+    QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
+
+private:
+    QString mainAction() const { return m_button->isCheckable() ? toggleAction() : pressAction(); }
+
+    QAbstractButton* m_button;
+};
+
 class SliderInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
     explicit SliderInterface(ContinuousSlider* slider)
@@ -28,7 +74,12 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Value ? m_slider->valueText() : QAccessibleWidget::text(kind);
+        if (kind == QAccessible::Value)
+            return m_slider->valueText();
+        const QString text = QAccessibleWidget::text(kind);
+        return kind == QAccessible::Description
+                   ? withoutEcho(text, QAccessibleWidget::text(QAccessible::Name))
+                   : text;
     }
     QVariant currentValue() const override { return m_slider->realValue(); }
     void setCurrentValue(const QVariant& value) override {
@@ -110,6 +161,10 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         return new SplitHandleInterface(handle);
     if (auto* header = qobject_cast<DisclosureHeader*>(object))
         return new DisclosureInterface(header);
+    if (qobject_cast<SymbolButton*>(object) != nullptr ||
+        qobject_cast<ColorWell*>(object) != nullptr ||
+        qobject_cast<ColorSwatch*>(object) != nullptr || qobject_cast<Segment*>(object) != nullptr)
+        return new SymbolButtonInterface(static_cast<QAbstractButton*>(object));
     if (auto* list = qobject_cast<SectionedListView*>(object))
         return new SectionedListInterface(list);
     if (auto* host = qobject_cast<SectionHeaderHost*>(object))

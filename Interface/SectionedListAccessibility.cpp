@@ -2,6 +2,8 @@
 
 #include "Interface/SectionedListView.h"
 
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QPointer>
 
 #include <utility>
@@ -60,18 +62,31 @@ public:
         return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
                                                     : nullptr;
     }
-    QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
+    QStringList actionNames() const override {
+        return {pressAction(), setFocusAction(), showMenuAction()};
+    }
     void doAction(const QString& name) override {
         if (name == pressAction())
             m_view->selectionModel()->setCurrentIndex(index(), QItemSelectionModel::ClearAndSelect);
         else if (name == setFocusAction())
             m_view->selectionModel()->setCurrentIndex(index(), QItemSelectionModel::NoUpdate);
         m_view->setFocus(Qt::OtherFocusReason);
+        if (name == showMenuAction())
+            showMenu();
     }
     QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
 
 private:
     QModelIndex index() const { return m_view->listModel().indexOf(m_id); }
+
+    /// As the menu key does.
+    void showMenu() {
+        m_view->selectionModel()->setCurrentIndex(index(), QItemSelectionModel::NoUpdate);
+        const QPoint place = m_view->visualRect(index()).center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, place,
+                                m_view->viewport()->mapToGlobal(place));
+        QCoreApplication::sendEvent(m_view->viewport(), &event);
+    }
 
     QPointer<SectionedListView> m_view;
     QUuid m_id;

@@ -269,6 +269,32 @@ TEST(ButtonsTest, ASymbolAloneIsNamedByItsHelpText) {
     EXPECT_EQ(accessible(button)->role(), QAccessible::Button);
 }
 
+TEST(ButtonsTest, AHelpTextThatIsTheNameIsReadOnce) {
+    auto* button = new SymbolButton(u"trash", QStringLiteral("Supprimer le groupe"),
+                                    SymbolButton::Border::none);
+    auto* slider = new ContinuousSlider;
+    slider->setAccessibleName(QStringLiteral("Épaisseur"));
+    slider->setToolTip(QStringLiteral("Épaisseur"));
+    const ShownWindow window{button, slider};
+    EXPECT_EQ(accessible(button)->text(QAccessible::Description), QString());
+    EXPECT_EQ(accessible(slider)->text(QAccessible::Description), QString());
+    button->setToolTip(QStringLiteral("Avec ses captures"));
+    EXPECT_EQ(accessible(button)->text(QAccessible::Description), u"Avec ses captures");
+}
+
+TEST(ButtonsTest, AScreenReaderPressesASymbolUnlessItIsDisabled) {
+    auto* button = new SymbolButton(u"trash", QStringLiteral("Supprimer le groupe"),
+                                    SymbolButton::Border::none);
+    const ShownWindow window{button};
+    int pressed = 0;
+    QObject::connect(button, &QAbstractButton::clicked, button, [&pressed] { ++pressed; });
+    accessible(button)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    button->setEnabled(false);
+    EXPECT_TRUE(accessible(button)->state().disabled);
+    accessible(button)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(pressed, 1);
+}
+
 TEST(ButtonsTest, AProminentButtonIsFilledWithTheAccent) {
     auto* button = new ProminentButton(u"camera.fill", QStringLiteral("Capturer"));
     const ShownWindow window{button};

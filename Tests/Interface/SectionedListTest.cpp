@@ -390,6 +390,20 @@ TEST_F(SectionedListTest, AScreenReaderSelectsAndKeepsItsRowThroughANewOrder) {
     EXPECT_FALSE(row->isValid());
 }
 
+TEST_F(SectionedListTest, AScreenReaderOpensTheMenuOfARow) {
+    QUuid asking;
+    QObject::connect(list, &SectionedListView::menuRequested, list,
+                     [&asking](const QUuid& row, QMenu* menu) {
+                         asking = row;
+                         menu->addAction(QStringLiteral("Supprimer"));
+                     });
+    QAccessibleInterface* row = accessible(list)->child(5);
+    row->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
+    EXPECT_EQ(asking, idOf(4));
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    QApplication::activePopupWidget()->close();
+}
+
 TEST_F(SectionedListTest, OfTenThousandRowsOnlyThoseInViewAreAskedFor) {
     QList<int> many;
     for (int number = 10; number < 10'010; ++number)
