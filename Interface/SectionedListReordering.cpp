@@ -4,6 +4,7 @@
 #include "Interface/StylePainting.h"
 #include "Interface/TextStyle.h"
 #include "Interface/Theme.h"
+#include "Interface/WindowHold.h"
 
 #include <QDrag>
 #include <QDragMoveEvent>
@@ -80,6 +81,7 @@ void SectionedListView::startDrag(Qt::DropActions /*actions*/) {
     const QModelIndexList rows = rowsToMove();
     if (rows.isEmpty())
         return;
+    const WindowHold hold(*this); // dragging runs a loop, in which the window may be closed
     auto* drag = new QDrag(this);
     drag->setMimeData(m_model->mimeData(rows));
     drag->setPixmap(dragPicture(int(rows.size())));
