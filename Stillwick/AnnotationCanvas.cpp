@@ -53,9 +53,7 @@ void AnnotationCanvas::setSelectedID(std::optional<QUuid> id) {
 
 void AnnotationCanvas::abandonDrag() {
     m_draft.reset();
-    m_dragSnapshot.reset();
-    m_pressed.reset();
-    m_isDragging = false;
+    endDrag();
     update();
 }
 

@@ -5,6 +5,7 @@
 #include "Interface/ProgressIndicator.h"
 #include "Interface/StylePainting.h"
 #include "Interface/Theme.h"
+#include "Interface/WindowHold.h"
 #include "Stillwick/AnnotationCanvas.h"
 
 #include <QAction>
@@ -54,6 +55,7 @@ void BigPreview::makeCopyAction() {
 
 void BigPreview::startDrag(QMimeData* content) {
     constexpr int side = 128;
+    const WindowHold hold(*this); // dragging runs a loop, in which the window may be closed
     QPixmap picture = QPixmap::fromImage(scaledImage().scaled(
         QSize(side, side) * devicePixelRatioF(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
     picture.setDevicePixelRatio(devicePixelRatioF());
