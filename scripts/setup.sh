@@ -9,7 +9,8 @@ stillwick_packages() {
             libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libzimg-dev \
             libpng-dev libdeflate-dev libopencv-core-dev libopencv-imgproc-dev ;;
         test) echo libgtest-dev libgmock-dev ffmpeg python3 fonts-dejavu-core pulseaudio pulseaudio-utils \
-            dbus-daemon strace ;;
+            dbus-daemon dbus-bin strace \
+            xvfb openbox xdotool x11-utils x11-xkb-utils at-spi2-core python3-gi gir1.2-atspi-2.0 ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
         bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;
