@@ -15,6 +15,7 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QLabel>
 
 namespace stillwick {
 
@@ -143,6 +144,28 @@ private:
     DisclosureHeader* m_header;
 };
 
+/// A label that has a name beside its text: what it shows is read, and what that is about it after.
+class NamedLabelInterface final : public QAccessibleWidget {
+public:
+    explicit NamedLabelInterface(QLabel* label)
+        : QAccessibleWidget(label, QAccessible::StaticText), m_label(label) {}
+
+    QString text(QAccessible::Text kind) const override {
+        if (kind == QAccessible::Name)
+            return m_label->text();
+        return kind == QAccessible::Description ? m_label->accessibleName()
+                                                : QAccessibleWidget::text(kind);
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.readOnly = true;
+        return state;
+    }
+
+private:
+    QLabel* m_label;
+};
+
 class BusyInterface final : public QAccessibleWidget {
 public:
     explicit BusyInterface(QWidget* widget) : QAccessibleWidget(widget, QAccessible::ProgressBar) {}
@@ -171,6 +194,9 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         return new SectionHeaderInterface(host);
     if (auto* popover = qobject_cast<Popover*>(object))
         return new QAccessibleWidget(popover, QAccessible::Dialog);
+    if (auto* label = qobject_cast<QLabel*>(object);
+        label != nullptr && !label->accessibleName().isEmpty())
+        return new NamedLabelInterface(label);
     if (auto* indicator = qobject_cast<ProgressIndicator*>(object))
         return new BusyInterface(indicator);
     if (qobject_cast<SegmentedPicker*>(object) != nullptr ||

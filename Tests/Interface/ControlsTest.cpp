@@ -96,6 +96,13 @@ TEST_F(ContinuousSliderTest, APressJumpsToWhereItIs) {
     EXPECT_EQ(slider->realValue(), 10);
 }
 
+// 0.002 + (0.02 - 0.002) is a little more than 0.02.
+TEST_F(ContinuousSliderTest, RoundingDoesNotLeadOutOfItsBounds) {
+    slider->setBounds(0.002, 0.02);
+    QTest::keyClick(slider, Qt::Key_End);
+    EXPECT_EQ(slider->realValue(), 0.02);
+}
+
 TEST_F(ContinuousSliderTest, ItCanBeDraggedOnFromThere) {
     QTest::mousePress(slider, Qt::LeftButton, {}, slider->rect().center());
     QTest::mouseMove(slider, QPoint(0, 10));
@@ -182,6 +189,18 @@ TEST(FixedDigitLabelTest, EveryTimeIsAsWide) {
     const int width = label.sizeHint().width();
     label.setText(QStringLiteral("08:40.268"));
     EXPECT_EQ(label.sizeHint().width(), width);
+}
+
+TEST(LabelsTest, AScreenReaderReadsWhatIsShownAndThenWhatThatIs) {
+    auto* const label = new FixedDigitLabel;
+    label->setAccessibleName(QStringLiteral("Instant"));
+    label->setText(QStringLiteral("00:01.250"));
+    const ShownWindow window{label};
+    EXPECT_EQ(accessible(label)->role(), QAccessible::StaticText);
+    EXPECT_EQ(accessibleName(label), u"00:01.250");
+    EXPECT_EQ(accessible(label)->text(QAccessible::Description), u"Instant");
+    label->setText(QStringLiteral("00:02.000"));
+    EXPECT_EQ(accessibleName(label), u"00:02.000");
 }
 
 TEST(ElidedLabelTest, WhatIsCutIsInItsToolTip) {
