@@ -71,7 +71,8 @@ void ContinuousSlider::showRealValue() {
 void ContinuousSlider::onPositionChanged(int position) {
     if (m_isShowing)
         return;
-    m_value = m_least + (m_greatest - m_least) * position / positions;
+    // Rounding must not lead out of the bounds.
+    m_value = std::min(m_least + (m_greatest - m_least) * position / positions, m_greatest);
     emit valueChosen(m_value);
 }
 
