@@ -1,9 +1,10 @@
-// A window beside the program, as a file browser's: files are dragged out of it, and what is dropped on
-// it is written down.
+// A window beside the program, as a file browser's: files are dragged out of it, and what is
+// dropped on it is written down.
 //     Courier FILE…
 //     Courier --take FOLDER
-// Each drag out of it that ends is a line of standard output: "copied", "moved" or "refused". What is
-// dropped on it is laid into FOLDER: each format's bytes as a file, named by the format with "_" for
+// Each drag out of it that ends is a line of standard output: "copied", "moved" or "refused". What
+// is dropped on it is laid into FOLDER: each format's bytes as a file, named by the format with "_"
+// for
 // "/", and last of all "formats", their names by line.
 #include <QApplication>
 #include <QDir>
@@ -39,10 +40,10 @@ protected:
         if (m_files.isEmpty() || !event->buttons().testFlag(Qt::LeftButton) ||
             distance < QApplication::startDragDistance())
             return;
-        auto* const data = new QMimeData;
-        data->setUrls(m_files);
+        auto* const files = new QMimeData;
+        files->setUrls(m_files);
         auto* const drag = new QDrag(this);
-        drag->setMimeData(data);
+        drag->setMimeData(files);
         // The other side fetches the data only after this has returned: we stay.
         switch (drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction)) {
         case Qt::CopyAction:
@@ -59,11 +60,11 @@ protected:
     void dragEnterEvent(QDragEnterEvent* event) override { event->acceptProposedAction(); }
 
     void dropEvent(QDropEvent* event) override {
-        const QMimeData& data = *event->mimeData();
-        for (const QString& format : data.formats())
-            write(QString(format).replace(u'/', u'_'), data.data(format));
+        const QMimeData& dropped = *event->mimeData();
+        for (const QString& format : dropped.formats())
+            write(QString(format).replace(u'/', u'_'), dropped.data(format));
         event->acceptProposedAction();
-        write(QStringLiteral("formats"), data.formats().join(u'\n').toUtf8());
+        write(QStringLiteral("formats"), dropped.formats().join(u'\n').toUtf8());
         setText(QStringLiteral("Reçu"));
     }
 

@@ -7,6 +7,7 @@ is waited for.
 import argparse
 import contextlib
 import enum
+import itertools
 import os
 import pathlib
 import subprocess
@@ -403,7 +404,8 @@ class Person:
     def bring_forward(self, window):
         """Makes a window the active one, as a click on its title does."""
         left, top, width, _ = window.bounds
-        self._do("mousemove", left + width // 2, top - 8, "click", 1)
+        # Where a window above, a little to the left, leaves it free.
+        self._do("mousemove", left + width - 150, top - 8, "click", 1)
         self.wait_until(window, "active")
 
     def resize(self, window, width, height):
@@ -417,20 +419,30 @@ class Person:
         self._settled(window)
 
     def _x_window(self, window):
-        pid = str(window.accessible.get_process_id())
-        answer = subprocess.run(
-            ["xdotool", "search", "--onlyvisible", "--all", "--pid", pid, "--name", "."],
-            capture_output=True, text=True, check=True, timeout=PATIENCE,
+        """X's number of a window: of the program's windows the one that stands there."""
+
+        def number():
+            pid = str(window.accessible.get_process_id())
+            left, top, width, height = window.bounds
+            for candidate in self._ask("search", "--onlyvisible", "--all", "--pid", pid, "--name", "."):
+                geometry = dict(line.split("=") for line in self._ask("getwindowgeometry", "--shell", candidate))
+                # The place that is told is off by the frame's sides.
+                if (
+                    abs(int(geometry["X"]) - left) < 10
+                    and abs(int(geometry["Y"]) - top) < 40
+                    and abs(int(geometry["WIDTH"]) - width) <= 2
+                    and abs(int(geometry["HEIGHT"]) - height) <= 2
+                ):
+                    return candidate
+            return None
+
+        return self.wait_for(number, f"the window of X for {window}")
+
+    @staticmethod
+    def _ask(*words):
+        return subprocess.run(
+            ["xdotool", *words], capture_output=True, text=True, check=False, timeout=PATIENCE
         ).stdout.split()
-        for candidate in answer:
-            shell = subprocess.run(
-                ["xdotool", "getwindowgeometry", "--shell", candidate],
-                capture_output=True, text=True, check=True, timeout=PATIENCE,
-            ).stdout
-            geometry = dict(line.split("=") for line in shell.split())
-            if (int(geometry["X"]), int(geometry["Y"])) == window.bounds[:2]:
-                return candidate
-        raise Failure(f"no window of X for {window}")
 
     def choose(self, program, *labels):
         """Chooses an entry of the menu bar by clicking: « Fichier », « Enregistrer »."""
@@ -458,15 +470,22 @@ class Person:
         """The menu that a click with the right button opens. No tree holds it: what gains the focus in it tells."""
         self._listen()
         self._focused.clear()
-        place = self._place(target)
-        self._do("mousemove", *place, "click", 3)
+        left, top = self._place(target)
+        self._do("mousemove", left, top, "click", 3)
+        looks = itertools.count()
 
-        def entry():
-            self._do("mousemove_relative", 1, 1)
+        def menu():
+            # Over its first entry: below the pointer, or above it near the screen's foot.
+            step = round((12 + next(looks) % 3) * self.scale) * (-1 if next(looks) % 8 > 4 else 1)
+            self._do("mousemove", left + step, top + step)
             self._pump()
-            return [each for each in self._focused if each.get_role_name().endswith("menu item")]
+            for each in reversed(self._focused):
+                with contextlib.suppress(GLib.Error):  # of a menu that is gone
+                    if each.get_role_name().endswith("menu item"):
+                        return Widget(each.get_parent(), self.scale)
+            return None
 
-        return Widget(self.wait_for(entry, "a context menu")[-1].get_parent(), self.scale)
+        return self.wait_for(menu, "a context menu")
 
     def _listen(self):
         if self._listener is None:

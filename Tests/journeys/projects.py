@@ -75,12 +75,13 @@ def journey(person):
 
     # Its film gone, a project opens with all but its pictures.
     film.rename(film.with_name("ailleurs.mp4"))
-    other = Screen(person, person.start(second))
-    alert = person.dialog(other.program, "Erreur")
+    program = person.start(second)
+    alert = person.dialog(program, "Erreur")
     person.the(alert, "label", "Vidéo introuvable. Rouvrez-la via « Ouvrir une vidéo ».")
     person.look("film-gone")
     person.press(Key.ESCAPE)
-    person.wait_for(lambda: alert not in other.program.windows, "the alert's end")
+    person.wait_for(lambda: alert not in program.windows, "the alert's end")
+    other = Screen(person, program)
     equal([row.split(",")[0] for row in other.rows], ["00:00.000", "00:01.000", "00:02.000"], "captures")
     other.header("Groupe 2")
     other.the("label", "Aucune vidéo")

@@ -28,7 +28,9 @@ class Screen:
     @property
     def panel(self):
         """What can be scrolled below the preview: edges and export."""
-        return self.the("scroll pane", where=lambda each: each.find("check box", "Recadrer sur le sujet"))
+        return self.the(where=lambda each: each.has("focusable") and each.find(
+            "check box", "Recadrer sur le sujet", lambda inner: inner != each
+        ))
 
     def click_in_panel(self, role, name):
         widget = self.the(role, name)

@@ -20,7 +20,7 @@ def journey(person):
     person.look("second-window")
 
     # The new window has no film: what is asked of it is refused there, and the other is left alone.
-    person.press(Key.SPACE, Key.RIGHT, "c")
+    person.press(Key.RIGHT, "c")
     alert = person.dialog(program, "Erreur")
     person.the(alert, "label", "Aucune vidéo chargée.")
     person.press(Key.ENTER)
