@@ -1,6 +1,7 @@
 #include "Interface/ContinuousSlider.h"
 
 #include <QAccessible>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -66,6 +67,11 @@ void ContinuousSlider::showRealValue() {
     m_isShowing = true;
     setValue(int(std::lround(part * positions)));
     m_isShowing = false;
+}
+
+// Who scrolls a panel does not mean the slider that comes under the pointer.
+void ContinuousSlider::wheelEvent(QWheelEvent* event) {
+    event->ignore();
 }
 
 void ContinuousSlider::onPositionChanged(int position) {

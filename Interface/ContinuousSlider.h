@@ -39,6 +39,9 @@ signals:
     /// The user chose this value.
     void valueChosen(double value);
 
+protected:
+    void wheelEvent(QWheelEvent* event) override;
+
 private:
     void onPositionChanged(int position);
     void showRealValue();

@@ -13,8 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QLabel>
 #include <QSignalSpy>
+#include <QWheelEvent>
 
 namespace {
 
@@ -120,6 +122,17 @@ TEST_F(ContinuousSliderTest, ArrowsAndPageKeysStep) {
     QTest::keyClick(slider, Qt::Key_Home);
     EXPECT_EQ(slider->realValue(), 0);
     EXPECT_EQ(chosen.count(), 3);
+}
+
+TEST_F(ContinuousSliderTest, TheWheelIsForThePanelThatItStandsIn) {
+    slider->setRealValue(5);
+    constexpr QPoint oneClick(0, 120);
+    QWheelEvent turn(slider->rect().center(), slider->mapToGlobal(slider->rect().center()), {},
+                     oneClick, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(slider, &turn);
+    EXPECT_EQ(slider->realValue(), 5);
+    EXPECT_EQ(chosen.count(), 0);
+    EXPECT_FALSE(turn.isAccepted());
 }
 
 TEST_F(ContinuousSliderTest, WhatTheProgramSetsIsExactAndNoChoice) {
