@@ -28,15 +28,18 @@ public:
     }
 
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
-        if (event->type() == QEvent::ApplicationPaletteChange)
+        if (event->type() == QEvent::ApplicationPaletteChange ||
+            event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
             apply();
         return false;
     }
 
 private:
+    /// In the scheme of what it stands in, which may be dark in a light window.
     void apply() {
         QPalette palette;
-        const QPalette theme = QApplication::palette();
+        const QWidget* const around = m_widget->parentWidget();
+        const QPalette theme = around == nullptr ? QApplication::palette() : around->palette();
         for (const auto group : {QPalette::Active, QPalette::Inactive}) {
             palette.setColor(group, QPalette::WindowText, themeColor(m_color, theme));
             palette.setColor(group, QPalette::ButtonText, themeColor(m_color, theme));
@@ -153,13 +156,14 @@ void FixedDigitLabel::paintEvent(QPaintEvent* /*event*/) {
 }
 
 SymbolView::SymbolView(QStringView symbol, int side, ThemeColor color, QWidget* parent)
-    : QWidget(parent), m_icon(symbolIcon(symbol, color)), m_side(side) {
+    : QWidget(parent), m_symbol(symbol.toString()), m_color(color), m_side(side) {
     setFixedSize(side, side);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
 void SymbolView::setSymbol(QStringView symbol, ThemeColor color) {
-    m_icon = symbolIcon(symbol, color);
+    m_symbol = symbol.toString();
+    m_color = color;
     update();
 }
 
@@ -169,7 +173,8 @@ QSize SymbolView::sizeHint() const {
 
 void SymbolView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    m_icon.paint(&painter, rect(), Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
+    const ThemeColor color = isEnabled() ? m_color : ThemeColor::disabledText;
+    symbolIcon(m_symbol, themeColor(color, palette())).paint(&painter, rect());
 }
 
 SymbolLabel::SymbolLabel(QStringView symbol, const QString& text, TextStyle style, ThemeColor color,

@@ -66,7 +66,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QIcon m_icon;
+    QString m_symbol;
+    ThemeColor m_color;
     int m_side;
 };
 
