@@ -32,7 +32,6 @@ namespace {
 constexpr QSize leastCentre{460, 360};
 constexpr int leastList = 260;
 constexpr int leastRight = 320;
-constexpr int leastPreviewHeight = 240;
 constexpr int leastPanelsHeight = 150;
 constexpr int padding = 12;
 
@@ -105,7 +104,8 @@ QWidget* ContentView::makeCentre() {
     column->setContentsMargins({});
     column->setSpacing(0);
     column->addWidget(area, 1);
-    column->addWidget(new TimelineControlsView(*m_state));
+    m_timeline = new TimelineControlsView(*m_state);
+    column->addWidget(m_timeline);
     return centre;
 }
 
@@ -139,10 +139,8 @@ QWidget* ContentView::makeRightColumn() {
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidget(panels);
     scroll->setMinimumHeight(leastPanelsHeight);
-    QWidget* const preview = padded(m_preview);
-    preview->setMinimumHeight(leastPreviewHeight);
     auto* const split = new SplitView(Qt::Vertical, QStringLiteral("right column"));
-    split->addWidget(preview);
+    split->addWidget(padded(m_preview)); // as high as its parts at the least: more than 240
     split->addWidget(scroll);
     split->setProportions({3, 2});
     split->setMinimumWidth(leastRight);
@@ -150,6 +148,10 @@ QWidget* ContentView::makeRightColumn() {
 }
 
 void ContentView::showVideo() {
+    // The player's own controls stay as long as they hold the focus: it does not begin there.
+    const QWidget* const focus = window()->focusWidget();
+    if (m_state->hasVideo() && (focus == nullptr || m_pages->isAncestorOf(focus)))
+        m_timeline->setFocus();
     m_pages->setCurrentIndex(m_state->hasVideo() ? 1 : 0);
     emit titleChanged();
 }
@@ -170,6 +172,7 @@ void ContentView::showImporter() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilter(movieNames());
+    dialog->setOption(QFileDialog::HideNameFilterDetails); // there are dozens
     connect(dialog, &QFileDialog::accepted, this, [this, dialog] {
         const QList<QUrl> chosen = dialog->selectedUrls();
         if (!chosen.isEmpty())

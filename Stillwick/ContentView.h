@@ -16,6 +16,7 @@ class AppState;
 class CapturedFramesListView;
 class ExportPanelView;
 class ExtractionPreviewView;
+class TimelineControlsView;
 class VideoArea;
 class VideoPlayerView;
 
@@ -55,6 +56,7 @@ private:
     std::unique_ptr<AppState> m_state;
     QStackedWidget* m_pages = nullptr;
     VideoPlayerView* m_player = nullptr;
+    TimelineControlsView* m_timeline = nullptr;
     CapturedFramesListView* m_list = nullptr;
     ExtractionPreviewView* m_preview = nullptr;
     ExportPanelView* m_export = nullptr;

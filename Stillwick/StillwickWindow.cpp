@@ -121,13 +121,21 @@ void StillwickWindow::makeToolbar() {
     bar->setMovable(false);
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    constexpr int margin = 8; // in line with the menus above
+    auto* const before = new QWidget;
+    before->setFixedWidth(margin);
+    bar->addWidget(before);
     QAction* const open = bar->addAction(symbolIcon(u"film"), QStringLiteral("Ouvrir une vidéo"));
     connect(open, &QAction::triggered, m_content, &ContentView::showImporter);
-    m_videoName = makeLabel({}, TextStyle::body, ThemeColor::secondaryText);
+    m_videoName = new ElidedLabel;
+    setTextColor(m_videoName, ThemeColor::secondaryText);
     m_videoName->setAccessibleName(QStringLiteral("Vidéo ouverte"));
     bar->addWidget(makeSpacer());
     bar->addWidget(m_videoName);
     bar->addWidget(makeSpacer());
+    auto* const counterweight = new QWidget; // the name stands in the middle of the window
+    counterweight->setFixedWidth(bar->widgetForAction(open)->sizeHint().width() + margin);
+    bar->addWidget(counterweight);
 }
 
 void StillwickWindow::showTitle() {

@@ -30,6 +30,7 @@ TimelineControlsView::TimelineControlsView(AppState& state, QWidget* parent)
     column->setSpacing(buttonSpacing);
     column->addWidget(makeTimeline());
     column->addWidget(makeButtons());
+    setFocusProxy(m_slider);
     connect(&state, &AppState::currentTimeChanged, this, &TimelineControlsView::showTime);
     connect(&state, &AppState::durationChanged, this, &TimelineControlsView::showDuration);
     connect(&state, &AppState::isPlayingChanged, this, &TimelineControlsView::showPlaying);
