@@ -24,8 +24,8 @@ def journey(person):
     courier.leave()
     courier = Courier(person, text, SAMPLE)
     equal(courier.drag_to(place, lambda: person.look("film-over-the-window")), "copied", "a film dropped")
-    courier.leave()
     screen.wait_for_film("balles")
+    courier.leave()
     equal(screen.length, 4.0, "the film's length in seconds")
     person.look("film-dropped")
 

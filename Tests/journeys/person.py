@@ -374,7 +374,7 @@ class Person:
             self._do("key", key.value if isinstance(key, Key) else key)
 
     def type(self, text):
-        """Types a text where the focus is."""
+        """Types a text where the focus is: of letters that a French keyboard has keys for."""
         self._do("type", "--delay", 12, "--", text)
 
     def type_into(self, field, text, replacing=False):

@@ -58,17 +58,17 @@ def journey(person):
     before = screen.seconds
     screen.capture(1)
     note = screen.the("text", "Note de l'extrait")
-    person.type_into(note, "de face, à côté : ça commence ici")
+    person.type_into(note, "de face, à gauche : ça commence ici")
     person.press(Key.LEFT, Key.LEFT)
     field = screen.the("text", "Nom du groupe")
-    person.type_into(field, "Plan d'ensemble à côté", replacing=True)
+    person.type_into(field, "Plan d'ensemble, où ça va", replacing=True)
     check(not screen.is_playing, "a space in a text does not play")
     equal(len(screen.rows), 1, "captures after a C in a text")
     equal(screen.seconds, before, "the film after arrows in a text")
     person.look("typed")
     project = screen.save_as(person.folder / "notes.stillwick")
-    equal(project["groups"][0]["name"], "Plan d'ensemble à côté", "the group's name")
-    equal(project["groups"][0]["frames"][0]["notes"], "de face, à côté : ça commence ici", "the note")
+    equal(project["groups"][0]["name"], "Plan d'ensemble, où ça va", "the group's name")
+    equal(project["groups"][0]["frames"][0]["notes"], "de face, à gauche : ça commence ici", "the note")
 
 
 if __name__ == "__main__":
