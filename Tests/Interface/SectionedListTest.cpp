@@ -405,18 +405,18 @@ TEST_F(SectionedListTest, AScreenReaderOpensTheMenuOfARow) {
 }
 
 TEST_F(SectionedListTest, AWindowThatIsClosedWhileARowIsDraggedGoesAfterwards) {
-    auto* const window = new QWidget;
-    window->setAttribute(Qt::WA_DeleteOnClose);
+    auto* const closing = new QWidget;
+    closing->setAttribute(Qt::WA_DeleteOnClose);
     auto* const rows = new SectionedListView([](const QUuid&) { return ListRow(); },
-                                             [](const QUuid&) { return new QWidget; }, window);
+                                             [](const QUuid&) { return new QWidget; }, closing);
     rows->setSections({section(0, {1, 2, 3})});
     rows->resize(300, 300);
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
-    const QPointer<QWidget> there(window);
+    closing->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(closing));
+    const QPointer<QWidget> there(closing);
     bool wasThereWhenClosed = false;
-    QTimer::singleShot(20, window, [&] {
-        window->close();
+    QTimer::singleShot(20, closing, [&] {
+        closing->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     });
     QTimer::singleShot(60, qApp, [&] {
@@ -426,14 +426,14 @@ TEST_F(SectionedListTest, AWindowThatIsClosedWhileARowIsDraggedGoesAfterwards) {
                                 QEvent::MouseButtonRelease, {}, 5'000);
     });
     const QPoint start = rows->visualRect(rows->listModel().indexOf(idOf(1))).center();
-    QWindow* const handle = window->windowHandle();
+    QWindow* const handle = closing->windowHandle();
     const auto mouse = [&](QEvent::Type type, const QPoint& at) {
         const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
         qt_handleMouseEvent(handle, at, handle->mapToGlobal(at), Qt::LeftButton, button, type, {},
                             1'000);
     };
     mouse(QEvent::MouseButtonPress, start);
-    for (int step = 1; step < 5 && there && window->isVisible(); ++step)
+    for (int step = 1; step < 5 && there && closing->isVisible(); ++step)
         mouse(QEvent::MouseMove, start + QPoint(0, 10 * step)); // one of these drags
     EXPECT_TRUE(wasThereWhenClosed);
     EXPECT_TRUE(QTest::qWaitFor([&there] { return there.isNull(); }));
