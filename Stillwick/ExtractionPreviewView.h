@@ -30,6 +30,7 @@ public:
 
     [[nodiscard]] BigPreview& bigPreview() const { return *m_preview; }
     [[nodiscard]] StylesStrip& stylesStrip() const { return *m_strip; }
+    [[nodiscard]] const RenderCache& renders() const { return m_renders; }
 
 private:
     QWidget* makeToolbar();

@@ -31,6 +31,8 @@ public:
     /// The same, small.
     [[nodiscard]] QImage small(FilterStyle style) const { return m_small.value(style); }
     [[nodiscard]] bool isEmpty() const noexcept { return m_renders.isEmpty(); }
+    /// Whether what is stored is of the key of this moment.
+    [[nodiscard]] bool isUpToDate() const { return !m_isComputing && previewKey() == m_key; }
     /// What the renders are of: the capture, whether it has a subject, and the edge settings.
     [[nodiscard]] QString previewKey() const;
 
