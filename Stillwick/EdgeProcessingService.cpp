@@ -27,19 +27,17 @@ QRect areaToClean(const QImage& picture, double feather) {
     return visible.marginsAdded({reach, reach, reach, reach}) & picture.rect();
 }
 
-QImage outlined(const QImage& picture, double width, const QColor& color) {
-    const double border = std::ceil(width + freeBorder);
-    if (!((picture.width() + 2 * border) * (picture.height() + 2 * border) <= mostPixels))
-        return {};
-    QImage result = withBorder(picture, int(border));
-    const int reach = int(std::ceil(width));
-    const QRect visible = boxOfAlphaAbove(result, 0);
-    if (!visible.isNull()) {
-        const QRect grown = visible.marginsAdded({reach, reach, reach, reach});
-        const QImage silhouette = dilatedByDisc(alphaPlaneOf(result, grown), width);
-        layOnColor(result, color, silhouette, grown.topLeft());
-    }
-    return result;
+/// *Errors*: std::bad_alloc.
+QImage cleaned(const QImage& image, double shrink, double feather) {
+    QImage picture = withStraightAlpha(image);
+    const QRect area = areaToClean(picture, feather);
+    if (area.isNull() || picture.bits() == nullptr) // bits() detaches, and may find no memory
+        return image;
+    if (0 < shrink)
+        limitAlpha(picture, erodedByDisc(alphaPlaneOf(picture, area), shrink), area.topLeft());
+    if (0 < feather)
+        limitAlpha(picture, gaussianBlurred(alphaPlaneOf(picture, area), feather), area.topLeft());
+    return picture;
 }
 
 } // namespace
@@ -48,27 +46,43 @@ QImage EdgeProcessingService::cleanEdges(const QImage& image, double shrink, dou
     if (!(0 < shrink) && !(0 < feather))
         return image;
     try {
-        QImage picture = withStraightAlpha(image);
-        const QRect area = areaToClean(picture, feather);
-        if (area.isNull() || picture.bits() == nullptr) // bits() detaches, and may find no memory
-            return image;
-        if (0 < shrink)
-            limitAlpha(picture, erodedByDisc(alphaPlaneOf(picture, area), shrink), area.topLeft());
-        if (0 < feather)
-            limitAlpha(picture, gaussianBlurred(alphaPlaneOf(picture, area), feather),
-                       area.topLeft());
-        return picture;
+        return m_cleaned.of({image.cacheKey(), shrink, feather},
+                            [&] { return cleaned(image, shrink, feather); });
     } catch (const std::bad_alloc&) {
         return image;
     }
 }
 
-QImage EdgeProcessingService::addOutline(const QImage& image, double width,
-                                         const QColor& color) const {
+EdgeProcessingService::Silhouette EdgeProcessingService::silhouetteOf(const QImage& bordered,
+                                                                      double width) {
+    const int reach = int(std::ceil(width));
+    const QRect visible = boxOfAlphaAbove(bordered, 0);
+    if (visible.isNull())
+        return {};
+    const QRect grown = visible.marginsAdded({reach, reach, reach, reach});
+    return {dilatedByDisc(alphaPlaneOf(bordered, grown), width), grown.topLeft()};
+}
+
+QImage EdgeProcessingService::outlined(const QImage& picture, double width, const QColor& color,
+                                       qint64 shape) const {
+    const double border = std::ceil(width + freeBorder);
+    if (!((picture.width() + 2 * border) * (picture.height() + 2 * border) <= mostPixels))
+        return {};
+    QImage result = withBorder(picture, int(border));
+    const Silhouette silhouette =
+        m_silhouette.of({shape, width}, [&] { return silhouetteOf(result, width); });
+    if (!silhouette.plane.isNull())
+        layOnColor(result, color, silhouette.plane, silhouette.corner);
+    return result;
+}
+
+QImage EdgeProcessingService::addOutline(const QImage& image, double width, const QColor& color,
+                                         const QImage& shape) const {
     try {
         const QImage picture = withStraightAlpha(image);
         const QImage result =
-            picture.isNull() ? picture : outlined(picture, std::max(width, 0.0), color);
+            picture.isNull() ? picture
+                             : outlined(picture, std::max(width, 0.0), color, shape.cacheKey());
         return result.isNull() ? image : result;
     } catch (const std::bad_alloc&) {
         return image;

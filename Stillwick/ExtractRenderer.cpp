@@ -14,14 +14,14 @@ ExtractRenderer ExtractRenderer::make() {
 
 QImage ExtractRenderer::render(const QImage& image, FilterStyle style,
                                const EdgeParams& params) const {
-    QImage picture = image;
-    if (params.needsClean())
-        picture = edge->cleanEdges(picture, params.shrink, params.feather);
-    picture = filter->apply(style, picture);
+    const QImage cleaned =
+        params.needsClean() ? edge->cleanEdges(image, params.shrink, params.feather) : image;
+    QImage picture = filter->apply(style, cleaned);
     if (params.outline)
         picture = edge->addOutline(
             picture, params.outlineWidth,
-            QColor::fromRgbF(float(params.r), float(params.g), float(params.b), float(params.a)));
+            QColor::fromRgbF(float(params.r), float(params.g), float(params.b), float(params.a)),
+            cleaned); // no style changes the opacity
     return picture;
 }
 

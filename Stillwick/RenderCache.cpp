@@ -6,13 +6,17 @@
 #include <QPointer>
 #include <QtConcurrentRun>
 
+#include <algorithm>
+#include <vector>
+
 namespace stillwick {
 
 namespace {
 
 /// While a setting changes without a pause, renders of an older one are finished so often, so that
 /// something is seen to change.
-constexpr int mostWithoutNews = 250; // milliseconds
+constexpr qint64 mostBeforeFinishing = 150; // milliseconds
+constexpr qint64 mostWithoutNews = 450;     // with what the finishing takes
 
 } // namespace
 
@@ -43,7 +47,9 @@ void RenderCache::followKey() {
         return;
     const auto frame = m_state.previewFrame();
     const bool isSameCapture = frame && frame->id() == m_id;
-    if (m_isComputing && isSameCapture && m_sinceStored.elapsed() >= mostWithoutNews)
+    const qint64 patience =
+        std::clamp(mostWithoutNews - m_lastTook, qint64(0), mostBeforeFinishing);
+    if (m_isComputing && isSameCapture && m_sinceStored.elapsed() >= patience)
         return; // the end of this run begins the next
     start();
 }
@@ -60,6 +66,7 @@ void RenderCache::start() {
         return;
     }
     m_isComputing = true;
+    m_sinceStarted.start();
     computeRenders(m_id, m_stop.get_token());
 }
 
@@ -69,14 +76,19 @@ QCoro::Task<> RenderCache::computeRenders(QUuid id, std::stop_token stop) {
     if (!frame || frame->id() != id)
         co_return;
     const CapturedFrame capture = *frame;
+    // All are begun at once; as many are worked on as the state has threads for it.
+    std::vector<QCoro::Task<QImage>> underWay;
+    for (const FilterStyle style : allFilterStyles)
+        underWay.push_back(m_state.rendered(capture, style, stop));
     Images renders;
     Images small;
-    for (const FilterStyle style : allFilterStyles) {
-        const QImage image = co_await m_state.rendered(capture, style, stop);
+    for (std::size_t i = 0; i < underWay.size(); ++i) {
+        const QImage image = co_await underWay[i];
         if (!self || stop.stop_requested())
             co_return;
         if (image.isNull())
             continue;
+        const FilterStyle style = allFilterStyles.at(i);
         renders.insert(style, image);
         const QFuture<QImage> scaling = QtConcurrent::run(&StillPicture::smallOf, image);
         small.insert(style, co_await scaling);
@@ -84,6 +96,7 @@ QCoro::Task<> RenderCache::computeRenders(QUuid id, std::stop_token stop) {
             co_return;
     }
     m_isComputing = false;
+    m_lastTook = m_sinceStarted.elapsed();
     store(renders, small);
     followKey();
 }

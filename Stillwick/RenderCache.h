@@ -54,6 +54,8 @@ private:
     std::stop_source m_stop;
     bool m_isComputing = false;
     QElapsedTimer m_sinceStored;
+    QElapsedTimer m_sinceStarted;
+    qint64 m_lastTook = 0; ///< milliseconds, all styles
 };
 
 } // namespace stillwick
