@@ -237,8 +237,12 @@ void SectionedListView::contextMenuEvent(QContextMenuEvent* event) {
         delete menu;
         return;
     }
+    // A screen reader triggers an action without closing the menu.
+    connect(menu, &QMenu::triggered, menu, &QWidget::close);
     const QPoint place = isByKey ? visualRect(index).center() : event->pos();
     menu->popup(viewport()->mapToGlobal(place));
+    if (isByKey) // so that the arrows, and readers, begin somewhere
+        menu->setActiveAction(menu->actions().constFirst());
 }
 
 int SectionedListView::progressStep() const {
