@@ -31,8 +31,8 @@ public:
     /// Of new marks. *Units*: a fraction of the canvas's width.
     void setLineWidth(double width);
     void setSelectedID(std::optional<QUuid> id);
-    /// Lets go of the mark that is being drawn or moved; what the hand does until it is lifted has no
-    /// effect.
+    /// Lets go of the mark that is being drawn or moved; what the hand does until it is lifted has
+    /// no effect.
     void abandonDrag();
 
     [[nodiscard]] const QList<Annotation>& annotations() const noexcept { return m_annotations; }
