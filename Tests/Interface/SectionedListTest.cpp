@@ -1,6 +1,7 @@
 #include "Interface/SectionedListView.h"
 
 #include "Interface/SectionedListDelegate.h"
+#include "Interface/WindowHold.h"
 
 #include "Shown.h"
 
@@ -407,39 +408,28 @@ TEST_F(SectionedListTest, AScreenReaderOpensTheMenuOfARow) {
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
-TEST_F(SectionedListTest, AWindowThatIsClosedWhileARowIsDraggedGoesAfterwards) {
-    auto* const closing = new QWidget;
+TEST(WindowHoldTest, AWindowThatIsClosedMeanwhileGoesAfterwards) {
+    const QPointer<QWidget> closing(new QWidget);
     closing->setAttribute(Qt::WA_DeleteOnClose);
-    auto* const rows = new SectionedListView([](const QUuid&) { return ListRow(); },
-                                             [](const QUuid&) { return new QWidget; }, closing);
-    rows->setSections({section(0, {1, 2, 3})});
-    rows->resize(300, 300);
+    auto* const part = new QWidget(closing);
     closing->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(closing));
-    const QPointer<QWidget> there(closing);
-    bool wasThereWhenClosed = false;
-    QTimer::singleShot(20, closing, [&] {
+    {
+        const WindowHold hold(*part);
         closing->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    });
-    QTimer::singleShot(60, qApp, [&] {
-        wasThereWhenClosed = !there.isNull();
-        for (QWindow* each : QGuiApplication::allWindows()) // the hand lets go
-            qt_handleMouseEvent(each, {5, 5}, {5, 5}, Qt::NoButton, Qt::LeftButton,
-                                QEvent::MouseButtonRelease, {}, 5'000);
-    });
-    const QPoint start = rows->visualRect(rows->listModel().indexOf(idOf(1))).center();
-    QWindow* const handle = closing->windowHandle();
-    const auto mouse = [&](QEvent::Type type, const QPoint& at) {
-        const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
-        qt_handleMouseEvent(handle, at, handle->mapToGlobal(at), Qt::LeftButton, button, type, {},
-                            1'000);
-    };
-    mouse(QEvent::MouseButtonPress, start);
-    for (int step = 1; step < 5 && there && closing->isVisible(); ++step)
-        mouse(QEvent::MouseMove, start + QPoint(0, 10 * step)); // one of these drags
-    EXPECT_TRUE(wasThereWhenClosed);
-    EXPECT_TRUE(QTest::qWaitFor([&there] { return there.isNull(); }));
+        ASSERT_FALSE(closing.isNull());
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(closing.isNull());
+}
+
+TEST(WindowHoldTest, AWindowThatStaysOpenStays) {
+    QWidget window;
+    window.setAttribute(Qt::WA_DeleteOnClose);
+    window.show();
+    { const WindowHold hold(window); }
+    EXPECT_TRUE(window.testAttribute(Qt::WA_DeleteOnClose));
+    EXPECT_TRUE(window.isVisible());
 }
 
 TEST_F(SectionedListTest, OfTenThousandRowsOnlyThoseInViewAreAskedFor) {
