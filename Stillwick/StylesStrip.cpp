@@ -33,6 +33,7 @@ StyleButton::StyleButton(FilterStyle style, QWidget* parent)
     setText(displayName(style));
     setToolTip(QStringLiteral("Appliquer le style ") + displayName(style));
     setCheckable(true);
+    setAutoExclusive(true); // one of several, also for a reader
     setFocusPolicy(Qt::StrongFocus);
     setTextStyle(this, TextStyle::caption);
 }
@@ -104,8 +105,11 @@ StylesStrip::StylesStrip(QWidget* parent) : QWidget(parent) {
         group->addButton(button);
         row->addWidget(button);
         m_buttons.append(button);
-        connect(button, &QAbstractButton::clicked, this,
-                [this, style] { emit styleChosen(style); });
+        // A screen reader toggles, which is no click.
+        connect(button, &QAbstractButton::toggled, this, [this, style](bool isChosen) {
+            if (isChosen)
+                emit styleChosen(style);
+        });
     }
     row->addStretch();
 }

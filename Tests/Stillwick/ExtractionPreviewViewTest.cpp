@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -98,6 +99,17 @@ TEST_F(ExtractionPreviewViewTest, ThePictureIsWhatTheStateRenders) {
     EXPECT_EQ(view.bigPreview().image(),
               ExtractRenderer::make().render(subject, FilterStyle::poster, EdgeParams::identity()))
         << "at once: it was rendered with the others";
+}
+
+TEST_F(ExtractionPreviewViewTest, AScreenReaderChoosesAStyle) {
+    QAccessibleInterface* const button =
+        QAccessible::queryAccessibleInterface(&view.stylesStrip().button(FilterStyle::comic));
+    EXPECT_EQ(button->role(), QAccessible::RadioButton);
+    button->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(state->selectedFilter(), FilterStyle::comic);
+    state->setSelectedFilter(FilterStyle::sketch);
+    EXPECT_TRUE(view.stylesStrip().button(FilterStyle::sketch).isChecked());
+    EXPECT_FALSE(button->state().checked);
 }
 
 TEST_F(ExtractionPreviewViewTest, AnEdgeSettingRendersAgainAStyleOrANoteDoesNot) {
