@@ -21,6 +21,8 @@ namespace stillwick {
 
 namespace {
 
+constexpr const char* roleProperty = "accessibleRole";
+
 /// A tool tip that says the name over again is not read after it.
 QString withoutEcho(const QString& description, const QString& name) {
     return description == name ? QString() : description;
@@ -203,6 +205,9 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
         qobject_cast<DisclosureGroup*>(object) != nullptr ||
         qobject_cast<PlayerControls*>(object) != nullptr)
         return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Grouping);
+    if (const QVariant role = object->property(roleProperty); role.isValid())
+        return new QAccessibleWidget(static_cast<QWidget*>(object),
+                                     QAccessible::Role(role.toInt()));
     return nullptr;
 }
 
@@ -210,6 +215,10 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
 
 void installAccessibility() {
     QAccessible::installFactory(makeInterface); // one that is installed already is not added again
+}
+
+void setAccessibleRole(QWidget* widget, QAccessible::Role role) {
+    widget->setProperty(roleProperty, int(role));
 }
 
 } // namespace stillwick

@@ -23,7 +23,6 @@ SectionHeaderHost::SectionHeaderHost(QWidget* header, QWidget* parent) : QWidget
     constexpr int side = 10;
     layout->setContentsMargins(side, 6, side, 2);
     layout->addWidget(header);
-    setAccessibleName(header->accessibleName());
 }
 
 void SectionHeaderHost::keyPressEvent(QKeyEvent* event) {

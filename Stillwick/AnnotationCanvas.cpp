@@ -1,5 +1,6 @@
 #include "Stillwick/AnnotationCanvas.h"
 
+#include "Interface/Accessibility.h"
 #include "Interface/Theme.h"
 #include "Stillwick/AnnotationGeometry.h"
 #include "Stillwick/EdgeOptions.h"
@@ -23,6 +24,7 @@ constexpr double haloExtra = 4;
 } // namespace
 
 AnnotationCanvas::AnnotationCanvas(QWidget* parent) : QWidget(parent) {
+    setAccessibleRole(this, QAccessible::Canvas);
     setAccessibleName(QStringLiteral("Annotations"));
     setAttribute(Qt::WA_NoSystemBackground);
     setCursor(Qt::ArrowCursor);

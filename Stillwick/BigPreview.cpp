@@ -1,5 +1,6 @@
 #include "Stillwick/BigPreview.h"
 
+#include "Interface/Accessibility.h"
 #include "Interface/Checkerboard.h"
 #include "Interface/EmptyPanel.h"
 #include "Interface/ProgressIndicator.h"
@@ -35,6 +36,7 @@ BigPreview::BigPreview(QWidget* parent)
       m_progress(new ProgressIndicator(this)) {
     setMinimumHeight(leastHeight);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setAccessibleRole(this, QAccessible::Graphic);
     setAccessibleName(QStringLiteral("Aperçu du détourage"));
     setFocusPolicy(Qt::StrongFocus);
     m_canvas->setFocusPolicy(Qt::ClickFocus);

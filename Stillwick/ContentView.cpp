@@ -72,6 +72,10 @@ ContentView::ContentView(QWidget* parent)
     split->addWidget(m_list);
     split->addWidget(makeRightColumn());
     split->setProportions({11, 5, 6});
+    split->handle(1)->setAccessibleName(
+        QStringLiteral("Séparateur entre la vidéo et les captures"));
+    split->handle(2)->setAccessibleName(
+        QStringLiteral("Séparateur entre les captures et l'aperçu"));
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(split);
@@ -137,12 +141,15 @@ QWidget* ContentView::makeRightColumn() {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus); // its controls have it, and come into view with it
     scroll->setWidget(panels);
     scroll->setMinimumHeight(leastPanelsHeight);
     auto* const split = new SplitView(Qt::Vertical, QStringLiteral("right column"));
     split->addWidget(padded(m_preview)); // as high as its parts at the least: more than 240
     split->addWidget(scroll);
     split->setProportions({3, 2});
+    split->handle(1)->setAccessibleName(
+        QStringLiteral("Séparateur entre l'aperçu et les réglages"));
     split->setMinimumWidth(leastRight);
     return split;
 }

@@ -46,6 +46,7 @@ void GroupHeaderView::build() {
     m_name->setFrame(false);
     m_name->setPlaceholderText(QStringLiteral("Nom du groupe"));
     m_name->setAccessibleName(QStringLiteral("Nom du groupe"));
+    m_name->setAccessibleDescription(QStringLiteral("Nomme aussi le dossier exporté"));
     setTextStyle(m_name, TextStyle::subheadline);
     m_count = makeLabel({}, TextStyle::caption, ThemeColor::secondaryText);
     m_count->setAccessibleName(QStringLiteral("Nombre de captures"));
@@ -95,6 +96,8 @@ void GroupHeaderView::refresh() {
     const CaptureGroup* const shown = group();
     if (shown == nullptr)
         return;
+    setAccessibleName(shown->name.isEmpty() ? QStringLiteral("Groupe sans nom")
+                                            : QStringLiteral("Groupe « %1 »").arg(shown->name));
     const bool isActive = m_state.activeGroupID() == m_id;
     m_activate->setSymbol(isActive ? u"largecircle.fill.circle" : u"circle",
                           isActive ? ThemeColor::accent : ThemeColor::secondaryText);

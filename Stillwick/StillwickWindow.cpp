@@ -126,6 +126,7 @@ void StillwickWindow::makeToolbar() {
     before->setFixedWidth(margin);
     bar->addWidget(before);
     QAction* const open = bar->addAction(symbolIcon(u"film"), QStringLiteral("Ouvrir une vidéo"));
+    bar->widgetForAction(open)->setToolTip({}); // it says no more than the button
     connect(open, &QAction::triggered, m_content, &ContentView::showImporter);
     m_videoName = new ElidedLabel;
     setTextColor(m_videoName, ThemeColor::secondaryText);

@@ -1,5 +1,6 @@
 #include "Stillwick/VideoPlayerView.h"
 
+#include "Interface/Accessibility.h"
 #include "Interface/PlayerControls.h"
 
 #include <QPainter>
@@ -15,6 +16,7 @@ constexpr int seekTimescale = 600;
 
 VideoPlayerView::VideoPlayerView(QWidget* parent)
     : QWidget(parent), m_controls(new PlayerControls(this)) {
+    setAccessibleRole(this, QAccessible::Animation);
     setAccessibleName(QStringLiteral("Vidéo"));
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
