@@ -205,6 +205,7 @@ class Person:
         self.tools = pathlib.Path(tools) if tools else None
         self.scale = scale
         self.programs = []
+        self.films = None
         self._program = program
         self._window = window
         self._started = []
@@ -549,6 +550,7 @@ def options():
     parser = argparse.ArgumentParser(description="One journey through the program.")
     parser.add_argument("--program", required=True, help="the program to be worked with")
     parser.add_argument("--tools", help="folder of the programs that journeys need beside it")
+    parser.add_argument("--films", help="folder of real films, which may be absent")
     parser.add_argument("--pictures", required=True, help="folder for what was seen")
     parser.add_argument("--scale", type=float, default=1.0, help="the toolkit's scale factor")
     parser.add_argument("--window", metavar="WIDTHxHEIGHT", help="another size for first windows; "
@@ -562,6 +564,7 @@ def travel(journey, chosen=None):
     """Makes a journey: a function of a Person. On failure it tells what was to be seen."""
     chosen = chosen or options().parse_args()
     person = Person(chosen.program, chosen.pictures, chosen.scale, chosen.tools, chosen.window)
+    person.films = pathlib.Path(chosen.films) if chosen.films else None
     try:
         if chosen.look:
             person.set_look(chosen.look)
