@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Keys and buttons move the film; keys that are typed into a text do not."""
 from person import Key, check, equal, travel
-from screen import open_film
+from screen import SAMPLE, make_film, open_film
 
 
 def rests_where_it_is(screen):
@@ -12,7 +12,11 @@ def rests_where_it_is(screen):
 
 
 def journey(person):
-    screen = open_film(person)
+    # A minute, so that it does not end before a busy machine has looked.
+    screen = open_film(person, make_film(
+        person.folder / "une minute.mp4", "-stream_loop", 14, "-i", SAMPLE,
+        "-vf", "fps=30,scale=640:-2", "-af", "aresample=async=1", "-t", 60, "-preset", "ultrafast",
+    ))
     screen.wait_for_time(0)
     person.press(Key.RIGHT, Key.RIGHT, Key.RIGHT)
     screen.wait_for_time(3 / 30)
@@ -44,16 +48,18 @@ def journey(person):
 
     slider = screen.the("slider", "Position dans la vidéo")
     person.drag(slider.place(slider.value / screen.length), slider.place(0.75))
-    person.wait_for(lambda: abs(screen.seconds - 3) < 0.2, "the film where the slider was let go")
+    person.wait_for(lambda: abs(screen.seconds - 45) < 2, "the film where the slider was let go")
     person.look("dragged")
 
     # Until the end, where it stops by itself.
+    person.click(slider, 0.95)
+    person.wait_for(lambda: screen.seconds > 55, "the film near its end")
     person.press(Key.SPACE)
     screen.wait_until_playing(True)
     screen.wait_until_playing(False)
-    check(screen.seconds > 3.9, "the film stops at its end")
+    check(screen.seconds > 59.9, "the film stops at its end")
     person.press("shift+Left")
-    person.wait_for(lambda: screen.seconds < 3.1, "a step back from the end")
+    person.wait_for(lambda: 58.9 < screen.seconds < 59.1, "a step back from the end")
 
     before = screen.seconds
     screen.capture(1)

@@ -5,9 +5,12 @@ from screen import Screen, make_film, open_film
 
 
 def journey(person):
-    summer = make_film(person.folder / "été.mp4", "-f", "lavfi", "-i",
-                       "testsrc2=s=320x180:r=25:d=20", "-pix_fmt", "yuv420p", "-preset", "veryfast")
-    one = open_film(person)
+    winter, summer = (
+        make_film(person.folder / name, "-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=60",
+                  "-pix_fmt", "yuv420p", "-preset", "ultrafast")
+        for name in ("hiver.mp4", "été.mp4")
+    )
+    one = open_film(person, winter)
     program = one.program
     person.move(one.window, 20, 40)
     person.press("ctrl+n")
@@ -37,7 +40,7 @@ def journey(person):
     person.bring_forward(one.window)
     check(two.is_playing, "a film plays on when its window is left")
     person.press(Key.RIGHT, Key.RIGHT)
-    one.wait_for_time(2 / 30)
+    one.wait_for_time(2 / 25)
     check(two.is_playing, "a step in one window leaves the other's film playing")
     one.capture(1)
     equal(two.rows, [], "captures of the other window")
