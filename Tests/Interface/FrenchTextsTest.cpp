@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileIconProvider>
+#include <QFileInfo>
 #include <QKeySequence>
 #include <QLineEdit>
 #include <QMenu>
@@ -26,6 +29,12 @@ TEST(FrenchTexts, TheFileDialogIsFrenchToTheLastLabel) {
     EXPECT_EQ(dialog.labelText(QFileDialog::FileName), u"&Nom :");
     EXPECT_EQ(dialog.labelText(QFileDialog::FileType), u"Type :");
     EXPECT_EQ(dialog.labelText(QFileDialog::Reject), u"Annuler");
+}
+
+TEST(FrenchTexts, TheFileDialogCallsFoldersAndDisksByTheirFrenchNames) {
+    const QFileIconProvider provider;
+    EXPECT_EQ(provider.type(QFileInfo(QStringLiteral(STILLWICK_SOURCE_DIR))), u"Dossier");
+    EXPECT_EQ(provider.type(QFileInfo(QDir::rootPath())), u"Disque");
 }
 
 TEST(FrenchTexts, AQuestionAboutAFileThatExistsIsACorrectSentence) {
