@@ -21,7 +21,7 @@ constexpr double widestEdge = 1000;
 
 /// A number of pixels, with a point or a comma; none below 0 or above the widest.
 std::optional<double> parsePixels(const QString& text) {
-    static const QRegularExpression form(QStringLiteral("^[0-9]{1,4}(?:[.,][0-9]{1,6})?$"));
+    static const QRegularExpression form(QStringLiteral("^[0-9]{1,4}(?:[.,][0-9]{1,6})?\\z"));
     if (!form.match(text).hasMatch())
         return std::nullopt;
     const double pixels = QString(text).replace(u',', u'.').toDouble();
@@ -31,7 +31,7 @@ std::optional<double> parsePixels(const QString& text) {
 /// #RRGGBB or #RRGGBBAA.
 std::optional<QColor> parseColor(const QString& text) {
     static const QRegularExpression form(
-        QStringLiteral("^#([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})?$"));
+        QStringLiteral("^#([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})([0-9A-Fa-f]{2})?\\z"));
     const auto match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;

@@ -16,7 +16,7 @@ std::optional<qint64> digits(const QString& text) {
 }
 
 std::optional<CMTime> parsePair(const QString& text) {
-    static const QRegularExpression form(QStringLiteral("^([0-9]+)/([0-9]+)$"));
+    static const QRegularExpression form(QStringLiteral("^([0-9]+)/([0-9]+)\\z"));
     const auto match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;
@@ -28,8 +28,8 @@ std::optional<CMTime> parsePair(const QString& text) {
 }
 
 std::optional<CMTime> parseClock(const QString& text) {
-    static const QRegularExpression form(
-        QStringLiteral("^(?:(?:([0-9]{1,9}):)?([0-9]{1,9}):)?([0-9]{1,10})(?:[.,]([0-9]{1,9}))?$"));
+    static const QRegularExpression form(QStringLiteral(
+        "^(?:(?:([0-9]{1,9}):)?([0-9]{1,9}):)?([0-9]{1,10})(?:[.,]([0-9]{1,9}))?\\z"));
     const auto match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;

@@ -70,6 +70,16 @@ TEST(CommandLine, AnOutlineIsWhiteAndAColourOpaqueUnlessSaid) {
     EXPECT_EQ(std::get<CaptureCommand>(blue).edge.outlineColor, QColor(Qt::blue));
 }
 
+TEST(CommandLine, ALineBreakBehindAValueMakesItNone) {
+    for (const QStringList& option :
+         {QStringList{QStringLiteral("--shrink"), QStringLiteral("1\n")},
+          QStringList{QStringLiteral("--outline-color"), QStringLiteral("#ffffff\n")},
+          QStringList{QStringLiteral("--at"), QStringLiteral("2\n")}})
+        EXPECT_TRUE(std::holds_alternative<UsageError>(parseCommandLine(
+            QStringLiteral("capture a.mp4 --at 1 -o x --outline 6").split(u' ') + option)))
+            << option.front().toStdString();
+}
+
 TEST(CommandLine, CapturesGoIntoTheGroupNamedBeforeThem) {
     const Command command =
         parse({"capture", "a.mp4", "--at", "1", "--group", "Plan A", "--at", "2", "--at", "3",
