@@ -12,6 +12,8 @@ stillwick_packages() {
             dbus-daemon dbus-bin strace \
             xvfb openbox xdotool x11-utils x11-xkb-utils at-spi2-core python3-gi gir1.2-atspi-2.0 ;;
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
+        package) echo dpkg-dev gzip git ;;
+        trial) echo debootstrap lintian desktop-file-utils appstream shared-mime-info man-db xvfb xdotool ;;
         bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy xvfb ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;
     esac
