@@ -3,6 +3,7 @@
 #include "Interface/Symbol.h"
 #include "Interface/TextStyle.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -62,7 +63,8 @@ QMessageBox* openErrorAlert(QWidget* window, const QString& message,
 QMessageBox* openAlert(QWidget* window, const QString& title, const QString& message,
                        const QString& actionText, std::function<void()> action) {
     QMessageBox* alert = makeAlert(window, title, message);
-    alert->setIconPixmap(applicationIcon().pixmap(iconSize, window->devicePixelRatioF()));
+    // Not drawn anew: each drawing would stay in the toolkit's cache of pictures.
+    alert->setIconPixmap(QApplication::windowIcon().pixmap(iconSize, window->devicePixelRatioF()));
     QPushButton* button = alert->addButton(actionText, QMessageBox::AcceptRole);
     addDismissal(*alert);
     QObject::connect(button, &QPushButton::clicked, window, std::move(action));

@@ -66,6 +66,17 @@ TEST_F(AlertTest, GoesWithItsWindowAndCallsNobody) {
     EXPECT_EQ(dismissals, 0);
 }
 
+TEST_F(AlertTest, NoticesShareOnePictureOfTheIcon) {
+    const auto icon = [this] {
+        return openAlert(window.get(), QStringLiteral("Export terminé"), {},
+                         QStringLiteral("Ouvrir"), [] {})
+            ->iconPixmap();
+    };
+    const QPixmap first = icon();
+    EXPECT_FALSE(first.isNull());
+    EXPECT_EQ(icon().cacheKey(), first.cacheKey());
+}
+
 TEST_F(AlertTest, TheOtherButtonActsAndOkDoesNot) {
     const auto open = [this] {
         return openAlert(window.get(), QStringLiteral("Export terminé"),
