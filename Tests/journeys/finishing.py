@@ -18,7 +18,7 @@ def journey(person):
     seen = [plain]
     for name, raw in STYLES.items():
         before = person.pixels(preview)
-        person.click(screen.the("check box", name))
+        person.click(screen.the("radio button", name))
         screen.the("label", f"Filtre : {name}")
         person.wait_for(lambda: person.pixels(preview) != before, f"another picture with {name}")
         person.look(f"style-{raw}")

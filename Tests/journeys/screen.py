@@ -28,9 +28,8 @@ class Screen:
     @property
     def panel(self):
         """What can be scrolled below the preview: edges and export."""
-        return self.the(where=lambda each: each.has("focusable") and each.find(
-            "check box", "Recadrer sur le sujet", lambda inner: inner != each
-        ))
+        return self.the("filler", where=lambda each: each.find("check box", "Recadrer sur le sujet")
+                        and not each.find(name="Aperçu du détourage"))
 
     def click_in_panel(self, role, name):
         widget = self.the(role, name)
