@@ -41,8 +41,9 @@ protected:
     static bool hasNetwork(const QByteArray& log) { return log.contains("AF_INET"); }
 
     void SetUp() override {
-        const QByteArray log = socketsOf({QStringLiteral("true")});
-        if (!log.contains("execve"))
+        if (QProcess::execute(
+                QStringLiteral("strace"),
+                {QStringLiteral("-o"), QStringLiteral("/dev/null"), QStringLiteral("true")}) != 0)
             GTEST_SKIP() << "strace cannot trace here";
     }
 
