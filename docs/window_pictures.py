@@ -1,5 +1,6 @@
 """What docs/window-pictures shows: a film, two groups of captures, a finished cut-out."""
 import pathlib
+import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "Tests" / "journeys"))
@@ -17,11 +18,11 @@ def go_to(screen, seconds):
     screen.person.wait_for(lambda: abs(screen.seconds - seconds) < 0.01, f"{seconds} s")
 
 
-def cut(person, widget, file, around=8):
+def cut(whole, widget, file, highest):
+    """The widget's part of a picture of the screen."""
     left, top, width, height = widget.bounds
-    picture = person._grab(f"{width + 2 * around}x{height + 2 * around}", f"+{left - around},{top - around}",
-                           "-draw_mouse", "0", output=["-c:v", "png", "-f", "image2pipe", "-"])
-    file.write_bytes(picture)
+    subprocess.run(["ffmpeg", "-nostdin", "-y", "-v", "error", "-i", whole, "-vf",
+                    f"crop={width}:{min(height, highest)}:{left}:{top}", file], check=True)
 
 
 def journey(person):
@@ -30,21 +31,21 @@ def journey(person):
         if count == 3:
             person.click(screen.button("Nouveau groupe"))
             person.wait_for(lambda: len(screen.find("text", "Nom du groupe")) == 2, "a second group")
-            person.type_into(screen.find("text", "Nom du groupe")[1], "Lancer", replacing=True)
+            person.type_into(screen.find("text", "Nom du groupe")[1], "Jonglage", replacing=True)
             person.type_into(screen.find("text", "Nom du groupe")[0], "Préparation", replacing=True)
             person.click(screen.the(name="Aperçu du détourage"))
         go_to(screen, seconds)
         screen.capture(count)
-    person.type_into(screen.the("text", "Note de l'extrait"), "La main gauche lâche la balle à hauteur d'épaule.")
+    person.type_into(screen.the("text", "Note de l'extrait"), "Le ballon monte du genou, les bras tiennent l'équilibre.")
     person.click(screen.button("Contours"))
     screen.click_in_panel("check box", "Contour sticker")
     person.click(screen.the(name="Aperçu du détourage"))
     person.point(screen.the("slider", "Position dans la vidéo"), 0.5, 0)
     person.wait_for(lambda: screen.find(name="Annotations"), "a picture")
     folder = pathlib.Path(person.pictures)
-    person.look(chosen.look).rename(folder / f"{chosen.look}.png")
-    cut(person, screen.the("list"), folder / f"{chosen.look}-list.png")
-    cut(person, screen.panel, folder / f"{chosen.look}-finish.png")
+    whole = person.look(chosen.look).rename(folder / f"{chosen.look}.png")
+    cut(whole, screen.the("list"), folder / f"{chosen.look}-list.png", 280)
+    cut(whole, screen.panel, folder / f"{chosen.look}-finish.png", 600)
 
 
 parser = options()

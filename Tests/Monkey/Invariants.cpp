@@ -133,7 +133,7 @@ QString brokenRule(const StillwickWindow& window) {
 QString strayFile(const QString& folder) {
     QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (files.hasNext()) {
-        const QString path = files.next();
+        QString path = files.next();
         const QString suffix = QFileInfo(path).suffix();
         if (suffix != QStringLiteral("png") && suffix != QStringLiteral("md") &&
             suffix != QStringLiteral("stillwick"))

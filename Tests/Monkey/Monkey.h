@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <iterator>
 #include <random>
 
 class QMessageBox;
@@ -65,7 +66,7 @@ private:
     [[nodiscard]] bool in(int chances) { return upTo(chances - 1) == 0; }
     template <typename List>
     [[nodiscard]] const auto& oneOf(const List& list) {
-        return list[std::size_t(upTo(int(std::size(list)) - 1))];
+        return *std::next(std::begin(list), upTo(int(std::size(list)) - 1));
     }
     [[nodiscard]] static QList<StillwickWindow*> windows();
     [[nodiscard]] StillwickWindow* anyWindow();

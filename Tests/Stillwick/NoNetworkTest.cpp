@@ -76,8 +76,8 @@ struct NamedFile {
     const char* content; ///< none: there is no such file
 };
 
-void PrintTo(const NamedFile& file, std::ostream* stream) {
-    *stream << file.name;
+std::ostream& operator<<(std::ostream& stream, const NamedFile& file) {
+    return stream << file.name;
 }
 
 class LuringFileTest : public NoNetworkTest, public testing::WithParamInterface<NamedFile> {
@@ -102,11 +102,11 @@ TEST_P(LuringFileTest, IsNotFollowedByAnyCommand) {
                             QStringLiteral("0"),
                             QStringLiteral("-o"),
                             QStringLiteral("x.png")};
-    const QStringList export_{QStringLiteral(STILLWICK_PROGRAM), QStringLiteral("export"), name,
-                              QStringLiteral("-o"), QStringLiteral("x")};
+    const QStringList exporting{QStringLiteral(STILLWICK_PROGRAM), QStringLiteral("export"), name,
+                                QStringLiteral("-o"), QStringLiteral("x")};
     const QStringList window{QStringLiteral("timeout"), QStringLiteral("2"),
                              QStringLiteral(STILLWICK_PROGRAM), name};
-    for (const QStringList& command : {still, export_, window}) {
+    for (const QStringList& command : {still, exporting, window}) {
         const QByteArray log = socketsOf(command, command == window ? killed : 2);
         EXPECT_TRUE(log.contains("execve")) << command.join(u' ').toStdString();
         EXPECT_FALSE(hasNetwork(log)) << command.join(u' ').toStdString() << '\n'

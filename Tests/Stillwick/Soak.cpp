@@ -151,8 +151,10 @@ int main(int argc, char** argv) {
     }
     // What the allocator keeps for later comes and goes by tens of megabytes: large blocks go back
     // at once here, and all threads share one heap, which can be trimmed.
+    // NOLINTBEGIN(concurrency-mt-unsafe): there is one thread yet
     ::mallopt(M_MMAP_THRESHOLD, 128 << 10);
     ::mallopt(M_ARENA_MAX, 1);
+    // NOLINTEND(concurrency-mt-unsafe)
     // A temporary folder of its own, so that what is left there is this process's.
     const QTemporaryDir temporary;
     qputenv("TMPDIR", temporary.path().toLocal8Bit());
