@@ -16,7 +16,6 @@ namespace stillwick::monkey {
 
 namespace {
 
-constexpr int deepest = 4;       // loops within loops
 constexpr int shortestPause = 0; // milliseconds
 constexpr int longestPause = 60; // now and then much longer, so that work comes to its end
 constexpr int seldomPause = 1'500;
