@@ -16,8 +16,10 @@ namespace {
 
 // Closer looks are taken at a copy of this size.
 constexpr int viewSide = 960;
-// The side at which the network looks closer: larger than it was trained at, for there subjects
-// fill its picture. Chosen between what 60 salient subjects and 25 people kept apart show.
+// The sides at which the network looks at the whole picture, and closer, where subjects fill its
+// picture. Chosen between what 60 salient subjects and 25 people kept apart show; the network
+// itself takes any.
+constexpr int wholeSide = 160;
 constexpr int closerSide = 256;
 // Pieces of the first answer that get a look of their own: the largest, but no specks.
 constexpr std::size_t mostLooks = 4;
@@ -155,8 +157,8 @@ cv::Mat1f networkOdds(const ForegroundNetwork& network, const cv::Mat4b& pixels,
                       const std::stop_token& stop) {
     const cv::Mat4b view = reducedTo(pixels, std::max({viewSide, size.width, size.height}));
     cv::Mat1f odds;
-    cv::resize(looks(network, view, {cv::Rect({}, view.size())}, network.side(), stop).front(),
-               odds, size, 0, 0, cv::INTER_CUBIC);
+    cv::resize(looks(network, view, {cv::Rect({}, view.size())}, wholeSide, stop).front(), odds,
+               size, 0, 0, cv::INTER_CUBIC);
     for (const double margin : margins) {
         std::vector<cv::Rect> parts;
         for (const cv::Rect& box : piecesOf(odds))
