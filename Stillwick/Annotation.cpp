@@ -1,7 +1,5 @@
 #include "Stillwick/Annotation.h"
 
-#include "Stillwick/EdgeOptions.h"
-
 #include <QHashFunctions>
 
 #include <tuple>
@@ -16,10 +14,6 @@ auto numbersOf(const Annotation& mark) {
 }
 
 } // namespace
-
-QColor Annotation::color() const {
-    return ColorComponents{r, g, b, a}.color();
-}
 
 bool operator==(const Annotation& x, const Annotation& y) noexcept {
     return x.id == y.id && x.kind == y.kind && numbersOf(x) == numbersOf(y);

@@ -3,7 +3,6 @@
 
 #include "Stillwick/AnnotationKind.h"
 
-#include <QColor>
 #include <QPointF>
 #include <QUuid>
 
@@ -24,9 +23,6 @@ struct Annotation {
     double b = 0;
     double a = 0;
     double lineWidth = 0;
-
-    /// Components outside are brought inside.
-    [[nodiscard]] QColor color() const;
 };
 
 /// Whether all nine fields are the same, numbers to the last bit: QPointF's own `==` is not exact.

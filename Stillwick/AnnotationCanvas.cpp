@@ -81,8 +81,8 @@ void AnnotationCanvas::drawAnnotation(QPainter& painter, const Annotation& annot
         painter.strokePath(
             path, QPen(halo, stroke + haloExtra, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     }
-    painter.strokePath(
-        path, QPen(annotation.color(), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.strokePath(path, QPen(AnnotationGeometry::colorOf(annotation), stroke, Qt::SolidLine,
+                                  Qt::RoundCap, Qt::RoundJoin));
 }
 
 void AnnotationCanvas::mousePressEvent(QMouseEvent* event) {

@@ -1,5 +1,7 @@
 #include "Stillwick/AnnotationGeometry.h"
 
+#include "Stillwick/EdgeOptions.h"
+
 #include <QRectF>
 
 #include <algorithm>
@@ -29,6 +31,10 @@ QPointF normalize(const QPointF& point, const QSizeF& size) {
 
 QPointF denormalize(const QPointF& point, const QSizeF& size) {
     return {point.x() * size.width(), point.y() * size.height()};
+}
+
+QColor colorOf(const Annotation& annotation) {
+    return ColorComponents{annotation.r, annotation.g, annotation.b, annotation.a}.color();
 }
 
 double strokeOf(const Annotation& annotation, const QSizeF& size) {

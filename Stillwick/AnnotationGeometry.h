@@ -1,9 +1,10 @@
-// Where marks are: between a canvas and the still, and how far a point is from them. Free
-// functions, any thread.
+// How marks are drawn, and where they are: between a canvas and the still, and how far a point is
+// from them. Free functions, any thread.
 #pragma once
 
 #include "Stillwick/Annotation.h"
 
+#include <QColor>
 #include <QList>
 #include <QPainterPath>
 #include <QPointF>
@@ -31,6 +32,8 @@ inline constexpr double tolerance = 0.04;
 [[nodiscard]] double distance(const QPointF& point, const Annotation& annotation);
 [[nodiscard]] double pointToSegment(const QPointF& point, const QPointF& a, const QPointF& b);
 
+/// The mark's colour; components outside 0 to 1 are brought inside.
+[[nodiscard]] QColor colorOf(const Annotation& annotation);
 /// How wide the mark is drawn on a picture or canvas of that size, at least 1. *Units*: pixels.
 [[nodiscard]] double strokeOf(const Annotation& annotation, const QSizeF& size);
 /// The two strokes of an arrow's head at `to`. *Units*: pixels.

@@ -30,7 +30,8 @@ void drawSegment(QPainter& painter, const QLineF& line) {
 
 void drawMark(QPainter& painter, const Annotation& mark, const QSizeF& size) {
     const double stroke = AnnotationGeometry::strokeOf(mark, size);
-    painter.setPen(QPen(mark.color(), stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(AnnotationGeometry::colorOf(mark), stroke, Qt::SolidLine, Qt::RoundCap,
+                        Qt::RoundJoin));
     const auto pixels = [&size](const QPointF& point) {
         return QPointF(point.x() * size.width(), point.y() * size.height());
     };

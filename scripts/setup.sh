@@ -63,7 +63,7 @@ stillwick_require_tools() {
 # stillwick_build PRESET [-DNAME=VALUE…] -- [TARGET…]: configures where needed, builds; quiet when all
 # goes well.
 stillwick_build() {
-    local preset=$1 settings=() log status
+    local preset=$1 settings=() log status=0
     shift
     while [ $# -gt 0 ] && [ "$1" != -- ]; do settings+=("$1"); shift; done
     [ "${1-}" = -- ] && shift
@@ -75,8 +75,7 @@ stillwick_build() {
     if [ -t 2 ] && ! ninja -C "build/$preset" -n "$@" 2>/dev/null | grep -q 'no work to do'; then
         echo "Building (preset $preset)…" >&2
     fi
-    cmake --build "build/$preset" ${*:+--target "$@"} >"$log" 2>&1
-    status=$?
+    cmake --build "build/$preset" ${*:+--target "$@"} >"$log" 2>&1 || status=$?
     [ $status -eq 0 ] || cat "$log" >&2
     return $status
 }
