@@ -1,16 +1,15 @@
 // stillwick-monkey [--seconds N] [--seed S] [--films FOLDER] [--tell]: does anything at all to the
 // application's windows, for so long. Fails where a rule is broken, the event loop rests or Qt
 // warns; the sanitizers see to the rest. --tell names each thing that it does.
+#include "../ColourTables.h"
 #include "Invariants.h"
 #include "Monkey.h"
 #include "Watch.h"
 
 #include "Interface/Look.h"
-#include "Stillwick/AppError.h"
 #include "Stillwick/AppState.h"
 #include "Stillwick/AppStateFocus.h"
 #include "Stillwick/StillwickWindow.h"
-#include "Stillwick/SubjectExtractionService.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,10 +19,6 @@
 #include <cinttypes>
 #include <cstdio>
 #include <random>
-
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/lsan_interface.h>
-#endif
 
 namespace {
 
@@ -64,21 +59,6 @@ void enclose(const QString& folder) {
 QString valueOf(const QStringList& arguments, const QString& option, const QString& otherwise) {
     const qsizetype at = arguments.indexOf(option);
     return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : otherwise;
-}
-
-/// OpenCV makes its tables of colours once, and leaves them where the leak checker does not find
-/// them: they are made here, unseen.
-void makeTables() {
-#ifdef __SANITIZE_ADDRESS__
-    const __lsan::ScopedDisabler unseen;
-    QImage picture(320, 180, QImage::Format_RGBA8888);
-    picture.fill(Qt::gray);
-    try {
-        (void)SubjectExtractionService().extractNow(picture, ExportMode::merged, false);
-    } catch (const AppError&) {
-        // There is no subject in it.
-    }
-#endif
 }
 
 /// Copies of the sample and of all films in `from`, in the folder `to`: whatever happens to them.
@@ -145,7 +125,7 @@ int main(int argc, char** argv) {
     installLook(application, ColorScheme::light);
     QApplication::setQuitOnLastWindowClosed(false);
     (void)KeyboardCoordinator::shared();
-    makeTables();
+    testing::makeColourTables();
     const QStringList arguments = QCoreApplication::arguments();
     const std::uint64_t seed =
         valueOf(arguments, QStringLiteral("--seed"), QString::number(std::random_device()()))

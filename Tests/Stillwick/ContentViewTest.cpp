@@ -1,4 +1,5 @@
 // The whole of a window: films by drop, titles, notices.
+#include "ColourTables.h"
 #include "GateSegmenter.h"
 #include "SampleState.h"
 
@@ -141,6 +142,7 @@ TEST_F(ContentViewTest, ThePictureIsFittedIntoTheVideoArea) {
 }
 
 TEST_F(ContentViewTest, AWindowThatClosesInTheMiddleOfEverythingLeavesNothing) {
+    makeColourTables();
     for (int i = 0; i < 5; ++i) {
         auto closing = std::make_unique<StillwickWindow>();
         closing->show();
