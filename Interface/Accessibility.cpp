@@ -23,25 +23,27 @@ namespace {
 
 constexpr const char* roleProperty = "accessibleRole";
 
-/// A tool tip that says the name over again is not read after it.
-QString withoutEcho(const QString& description, const QString& name) {
-    return description == name ? QString() : description;
-}
-
-/// A button that its symbol stands for.
-class SymbolButtonInterface final : public QAccessibleWidget {
+/// A widget whose tool tip is not read where it says the name over again.
+class WithoutEcho : public QAccessibleWidget {
 public:
-    explicit SymbolButtonInterface(QAbstractButton* button)
-        : QAccessibleWidget(button,
-                            button->isCheckable() ? QAccessible::RadioButton : QAccessible::Button),
-          m_button(button) {}
+    using QAccessibleWidget::QAccessibleWidget;
 
     QString text(QAccessible::Text kind) const override {
         const QString text = QAccessibleWidget::text(kind);
-        return kind == QAccessible::Description
-                   ? withoutEcho(text, QAccessibleWidget::text(QAccessible::Name))
-                   : text;
+        const bool isEcho =
+            kind == QAccessible::Description && text == QAccessibleWidget::text(QAccessible::Name);
+        return isEcho ? QString() : text;
     }
+};
+
+/// A button that its symbol stands for.
+class SymbolButtonInterface final : public WithoutEcho {
+public:
+    explicit SymbolButtonInterface(QAbstractButton* button)
+        : WithoutEcho(button,
+                      button->isCheckable() ? QAccessible::RadioButton : QAccessible::Button),
+          m_button(button) {}
+
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
         state.checkable = m_button->isCheckable();
@@ -66,10 +68,10 @@ private:
     QAbstractButton* m_button;
 };
 
-class SliderInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
+class SliderInterface final : public WithoutEcho, public QAccessibleValueInterface {
 public:
     explicit SliderInterface(ContinuousSlider* slider)
-        : QAccessibleWidget(slider, QAccessible::Slider), m_slider(slider) {}
+        : WithoutEcho(slider, QAccessible::Slider), m_slider(slider) {}
 
     void* interface_cast(QAccessible::InterfaceType type) override {
         if (type == QAccessible::ValueInterface)
@@ -77,12 +79,7 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
-        if (kind == QAccessible::Value)
-            return m_slider->valueText();
-        const QString text = QAccessibleWidget::text(kind);
-        return kind == QAccessible::Description
-                   ? withoutEcho(text, QAccessibleWidget::text(QAccessible::Name))
-                   : text;
+        return kind == QAccessible::Value ? m_slider->valueText() : WithoutEcho::text(kind);
     }
     QVariant currentValue() const override { return m_slider->realValue(); }
     void setCurrentValue(const QVariant& value) override {

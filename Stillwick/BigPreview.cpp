@@ -73,7 +73,6 @@ void BigPreview::showImage(const QImage& image) {
         return;
     m_image = image;
     m_scaled = {};
-    m_copy->setEnabled(true);
     m_canvas->show();
     m_empty->hide();
     m_progress->hide();
@@ -83,7 +82,6 @@ void BigPreview::showImage(const QImage& image) {
 
 void BigPreview::showNothing() {
     m_image = {};
-    m_copy->setEnabled(false);
     m_canvas->hide();
     m_progress->hide();
     m_empty->show();
@@ -93,7 +91,6 @@ void BigPreview::showNothing() {
 
 void BigPreview::showProgress() {
     m_image = {};
-    m_copy->setEnabled(false);
     m_canvas->hide();
     m_empty->hide();
     m_progress->show();
@@ -115,6 +112,7 @@ QRect BigPreview::imageRect() const {
 }
 
 void BigPreview::place() {
+    m_copy->setEnabled(!m_image.isNull());
     m_empty->setGeometry(rect());
     QRect middle(QPoint(), m_progress->sizeHint());
     middle.moveCenter(rect().center());

@@ -34,10 +34,6 @@ QStringList CutoutMimeData::formats() const {
     return {pngType, urisType};
 }
 
-bool CutoutMimeData::hasFormat(const QString& mimeType) const {
-    return formats().contains(mimeType);
-}
-
 QVariant CutoutMimeData::retrieveData(const QString& mimeType, QMetaType /*preferredType*/) const {
     if (mimeType == pngType)
         return png();

@@ -23,7 +23,6 @@ public:
     static const QString pngType;
 
     [[nodiscard]] QStringList formats() const override;
-    [[nodiscard]] bool hasFormat(const QString& mimeType) const override;
 
 protected:
     [[nodiscard]] QVariant retrieveData(const QString& mimeType,

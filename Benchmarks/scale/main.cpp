@@ -1,6 +1,7 @@
 // bench-scale --clips FOLDER [--captures N] [--part NAME] [--json FILE]: what very many captures
 // take: memory, opening, saving, looking at one far away; and what capturing does to a film that is
 // playing.
+#include "../EventLoop.h"
 #include "../Memory.h"
 #include "../Options.h"
 #include "../Report.h"
@@ -18,10 +19,8 @@
 #include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <algorithm>
 #include <memory>
@@ -37,18 +36,6 @@ constexpr double mebibyte = 1 << 20;
 
 double milliseconds(const QElapsedTimer& timer) {
     return double(timer.nsecsElapsed()) / 1e6;
-}
-
-void rest(int span) {
-    QEventLoop loop;
-    QTimer::singleShot(span, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-template <typename Condition>
-void restUntil(Condition condition) {
-    while (!condition())
-        rest(1);
 }
 
 /// Cuts out the middle of every picture at once: what is measured is what captures take, not how

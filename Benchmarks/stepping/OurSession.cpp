@@ -1,5 +1,7 @@
 #include "OurSession.h"
 
+#include "../EventLoop.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -65,9 +67,7 @@ void OurSession::noteCall(double milliseconds) {
 }
 
 void OurSession::rest(int milliseconds) {
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
+    benchmarks::rest(milliseconds);
 }
 
 } // namespace stillwick::benchmarks

@@ -1,12 +1,13 @@
 // What the handlers of the main thread's events take. Main thread.
 #pragma once
 
+#include "../ProcessorTime.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThread>
 
 #include <algorithm>
-#include <ctime>
 #include <utility>
 
 namespace stillwick::benchmarks {
@@ -40,12 +41,6 @@ public:
     Longest takeLongest() { return std::exchange(m_longest, {}); }
 
 private:
-    static double processorMilliseconds() {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-    }
-
     Longest m_longest;
 };
 

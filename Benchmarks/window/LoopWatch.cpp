@@ -1,5 +1,6 @@
 #include "LoopWatch.h"
 
+#include "../ProcessorTime.h"
 #include "../Timings.h"
 
 #include <QEvent>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <utility>
 
 #include <fcntl.h>
@@ -20,12 +20,6 @@ namespace {
 
 constexpr std::chrono::milliseconds betweenQuestions(5);
 constexpr auto question = QEvent::Type(QEvent::User + 77);
-
-double processorMilliseconds() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
 
 std::int64_t nanoseconds() {
     return std::chrono::steady_clock::now().time_since_epoch().count();

@@ -1,6 +1,7 @@
 // bench-window --clips FOLDER --programs FOLDER [--part NAME] [--rounds N] [--json FILE]: how long
 // the window's event loop is held up while a 1080p film is worked on, how soon previews follow the
 // edge settings, and how soon the window is there.
+#include "../EventLoop.h"
 #include "../Options.h"
 #include "../Timings.h"
 #include "LoopWatch.h"
@@ -23,7 +24,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <cmath>
 #include <functional>
@@ -36,18 +36,7 @@ namespace {
 
 constexpr int captureCount = 10;
 constexpr int betweenMoves = 16; // milliseconds, as a mouse reports
-
-void rest(int span) {
-    QEventLoop loop;
-    QTimer::singleShot(span, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-template <typename Condition>
-void restUntil(Condition condition) {
-    while (!condition())
-        rest(2);
-}
+constexpr int betweenLooks = 2;  // milliseconds
 
 /// A window on the film, and hands for it. Input comes from timers, for what the hands do is no
 /// handler of the window's.
@@ -65,7 +54,7 @@ public:
             if (header->inherits("stillwick::DisclosureHeader"))
                 header->setChecked(true);
         m_window.openFile(film);
-        restUntil([this] { return !state().player()->picture().isNull(); });
+        restUntil([this] { return !state().player()->picture().isNull(); }, betweenLooks);
         rest(2000); // what is decoded ahead
     }
 
@@ -151,7 +140,8 @@ void Bench::capture() {
         asKey([this] { key(Qt::Key_C); });
         rest(250);
     }
-    restUntil([this] { return state().unfinishedFrames() == 0 && renders().isUpToDate(); });
+    restUntil([this] { return state().unfinishedFrames() == 0 && renders().isUpToDate(); },
+              betweenLooks);
     tell("capturing");
 }
 
@@ -165,7 +155,7 @@ void Bench::select() {
         timer.start();
         asKey([this] { key(Qt::Key_Up); });
         rest(5);
-        restUntil([this] { return renders().isUpToDate(); });
+        restUntil([this] { return renders().isUpToDate(); }, betweenLooks);
         waits.push_back(double(timer.nsecsElapsed()) / 1e6);
         rest(200);
     }
@@ -192,7 +182,7 @@ void Bench::moveEdges() {
         QObject::disconnect(connection);
         QElapsedTimer resting;
         resting.start();
-        restUntil([this] { return renders().isUpToDate(); });
+        restUntil([this] { return renders().isUpToDate(); }, betweenLooks);
         afterRest.push_back(double(resting.nsecsElapsed()) / 1e6);
         rest(300);
     }
@@ -210,7 +200,7 @@ void Bench::scrub() {
     auto& slider = *m_window.findChild<TimelineControlsView*>()->findChild<ContinuousSlider*>();
     (void)m_watch.takeStalls();
     drag(slider, 6000, 2);
-    restUntil([this] { return !state().player()->isSeeking(); });
+    restUntil([this] { return !state().player()->isSeeking(); }, betweenLooks);
     tell("scrubbing");
 }
 
@@ -239,7 +229,7 @@ void Bench::exportAll() {
     (void)m_watch.takeStalls();
     asKey([this] { state().runExport(ExportMode::merged); });
     rest(20);
-    restUntil([this] { return !state().progress().isRunning; });
+    restUntil([this] { return !state().progress().isRunning; }, betweenLooks);
     rest(200);
     tell("exporting");
 }
