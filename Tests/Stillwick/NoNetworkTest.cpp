@@ -32,11 +32,14 @@ protected:
                 command);
         constexpr int twoMinutes = 120'000;
         EXPECT_TRUE(strace.waitForFinished(twoMinutes));
-        EXPECT_EQ(strace.exitCode(), status) << command.join(u' ').toStdString();
         QFile file(log);
-        if (!file.open(QIODevice::ReadOnly))
-            return "no log";
-        return file.readAll();
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray sockets = file.readAll();
+        EXPECT_EQ(strace.exitStatus(), QProcess::NormalExit) << strace.errorString().toStdString();
+        EXPECT_EQ(strace.exitCode(), status)
+            << command.join(u' ').toStdString() << '\n'
+            << strace.readAllStandardError().constData() << sockets.constData();
+        return sockets;
     }
     static bool hasNetwork(const QByteArray& log) { return log.contains("AF_INET"); }
 
