@@ -34,7 +34,7 @@ protected:
         EXPECT_TRUE(strace.waitForFinished(twoMinutes));
         QFile file(log);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray sockets = file.readAll();
+        QByteArray sockets = file.readAll();
         EXPECT_EQ(strace.exitStatus(), QProcess::NormalExit) << strace.errorString().toStdString();
         EXPECT_EQ(strace.exitCode(), status)
             << command.join(u' ').toStdString() << '\n'

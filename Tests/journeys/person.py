@@ -212,6 +212,7 @@ class Person:
         self._looks = 0
         self._focused = []
         self._listener = None
+        self._portal = None
         self.folder = pathlib.Path(os.environ["HOME"])  # goes with the desktop
         self.pictures.mkdir(parents=True, exist_ok=True)
         for old in self.pictures.glob("*.png"):
@@ -255,11 +256,14 @@ class Person:
         return Program(process, self.scale, log)
 
     def set_look(self, look):
-        """Starts a portal that says which look the desktop has."""
+        """Lets the desktop's portal say which look it has; what runs already hears of the change."""
         preference = {"dark": 1, "light": 2}[look]
-        portal = self.start_beside("Interface/FakePortal", os.environ["DBUS_SESSION_BUS_ADDRESS"], preference)
-        self.wait_for(lambda: "ready" in portal.log.read_text(), "the portal")
-        return portal
+        if self._portal:
+            self._portal.process.stdin.write(str(preference).encode())
+            self._portal.process.stdin.flush()
+            return
+        self._portal = self.start_beside("Interface/FakePortal", os.environ["DBUS_SESSION_BUS_ADDRESS"], preference)
+        self.wait_for(lambda: "ready" in self._portal.log.read_text(), "the portal")
 
     def leave(self):
         """Ends all that was started."""
@@ -521,6 +525,17 @@ class Person:
         left, top, width, height = widget.bounds
         return self._grab(f"{width}x{height}", f"+{left},{top}", "-draw_mouse", "0",
                           output=["-pix_fmt", "rgb24", "-f", "rawvideo", "-"])
+
+    def wait_still(self, widget):
+        """Waits until a widget looks the same twice, and returns its pixels."""
+        seen = [None]
+
+        def is_still():
+            seen.append(self.pixels(widget))
+            return seen[-1] == seen.pop(0)
+
+        self.wait_for(is_still, f"{widget} at rest")
+        return seen[0]
 
     @staticmethod
     def _grab(size, place, *settings, output):
