@@ -5,8 +5,8 @@ import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "Tests" / "journeys"))
 
-from person import options, travel
-from screen import Key, open_film
+from journey import options, travel
+from screen import open_film
 
 TIMES = (0.4, 0.9, 1.5, 2.2)
 

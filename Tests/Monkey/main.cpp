@@ -16,6 +16,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <cinttypes>
 #include <cstdio>
 #include <random>
@@ -123,7 +124,9 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(onMessage);
     QApplication application(argc, argv);
     installLook(application, ColorScheme::light);
+    // An export that ends while no window is open would end the program too.
     QApplication::setQuitOnLastWindowClosed(false);
+    QCoreApplication::setQuitLockEnabled(false);
     (void)KeyboardCoordinator::shared();
     testing::makeColourTables();
     const QStringList arguments = QCoreApplication::arguments();
@@ -145,16 +148,21 @@ int main(int argc, char** argv) {
                   arguments.contains(QStringLiteral("--tell")));
     QObject::connect(&monkey, &Monkey::acted, [&watch] { watch.beat(); });
     QObject::connect(&monkey, &Monkey::finished, &application, &QCoreApplication::quit);
+    const auto begin = std::chrono::steady_clock::now();
     monkey.start(span);
     QApplication::exec();
 
+    const auto lasted = std::chrono::steady_clock::now() - begin;
     QString complaint = monkey.complaint();
+    if (complaint.isEmpty() && lasted < span)
+        complaint = QStringLiteral("The program ended before its time.");
     for (const QString& further : {closeEverything(watch), waitForExports(written, watch)})
         if (complaint.isEmpty())
             complaint = further;
     if (complaint.isEmpty() && warnings > 0)
         complaint = QStringLiteral("Qt warned %1 time(s).").arg(warnings);
-    std::printf("monkey: seed %" PRIu64 ", %d things done%s%s\n", seed, monkey.actions(),
+    std::printf("monkey: seed %" PRIu64 ", %d things done in %d s%s%s\n", seed, monkey.actions(),
+                int(std::chrono::duration_cast<std::chrono::seconds>(lasted).count()),
                 complaint.isEmpty() ? ", all well" : ": ", qPrintable(complaint));
     std::fflush(stdout);
     return complaint.isEmpty() ? 0 : 1;

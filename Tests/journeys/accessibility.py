@@ -4,8 +4,9 @@ and without a key."""
 import collections
 import struct
 
-from person import Atspi, Widget, check, equal, travel
+from journey import check, equal, travel
 from screen import SAMPLE, Screen
+from widgets import Atspi, Widget
 
 # What somebody stands on with the keyboard is one of these, and not just a box.
 FOCUSABLE_ROLES = {

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Marks are drawn with each tool, chosen, moved and deleted."""
-from person import check, equal, travel
+from journey import check, equal, travel
 from screen import open_film
 
 # Where each is drawn, in parts of the picture: from, to.

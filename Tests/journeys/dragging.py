@@ -3,7 +3,7 @@
 import subprocess
 
 from courier import Taker
-from person import check, equal, travel
+from journey import check, equal, travel
 from screen import open_film
 
 

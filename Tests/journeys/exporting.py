@@ -3,7 +3,8 @@
 import struct
 
 from filebrowser import FileBrowser
-from person import Key, check, equal, travel
+from journey import check, equal, travel
+from person import Key
 from screen import SAMPLE, Screen, make_film
 
 

@@ -3,7 +3,8 @@
 import struct
 import subprocess
 
-from person import Key, check, equal, skip, travel
+from journey import check, equal, skip, travel
+from person import Key
 from screen import Screen
 
 FILMS = ("phone_portrait.mov", "juggle.mp4", "dog.mp4")

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Edges and styles change what the preview shows, and what is saved."""
-from person import check, equal, travel
+from journey import check, equal, travel
 from screen import open_film
 
 STYLES = {"Croquis": "sketch", "BD": "comic", "Postérisation": "poster", "Aucun": "none"}

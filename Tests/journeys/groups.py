@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Captures are put in groups, which are named, described, ordered, and deleted."""
-from person import Key, check, equal, travel
+from journey import check, equal, travel
+from person import Key
 from screen import frames_of, open_film
 
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """The whole window goes from light to dark and back with the desktop, whatever it shows."""
-from person import check, travel
+from journey import check, travel
 from screen import open_film
 
 BRIGHT = 200  # of 255, in every channel

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """A film opens by drop and by dialog; what is no film is refused."""
 from courier import Courier
-from person import Key, equal, travel
+from journey import equal, travel
+from person import Key
 from screen import SAMPLE, Screen, make_film
 
 

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Keys and buttons move the film; keys that are typed into a text do not."""
-from person import Key, check, equal, travel
+from journey import check, equal, travel
+from person import Key
 from screen import SAMPLE, make_film, open_film
 
 

@@ -3,7 +3,8 @@
 import json
 import shutil
 
-from person import Key, check, equal, travel
+from journey import check, equal, travel
+from person import Key
 from screen import SAMPLE, Screen, frames_of
 
 

@@ -3,7 +3,7 @@ import json
 import pathlib
 import subprocess
 
-from person import Key, check
+from journey import check
 
 SAMPLE = pathlib.Path(__file__).resolve().parents[2] / "Samples" / "balles.mp4"  # 30 pictures a second, 4 s
 
@@ -148,4 +148,4 @@ def frames_of(project, group=0):
     return [(frame["timeValue"], frame["timeScale"]) for frame in project["groups"][group]["frames"]]
 
 
-__all__ = ["Key", "SAMPLE", "Screen", "frames_of", "make_film", "open_film"]
+__all__ = ["SAMPLE", "Screen", "frames_of", "make_film", "open_film"]

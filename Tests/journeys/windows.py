@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Each of two windows has its own state; keys and menus go to the active one."""
-from person import Key, check, equal, travel
+from journey import check, equal, travel
+from person import Key
 from screen import Screen, make_film, open_film
 
 
