@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QString>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
@@ -69,9 +70,16 @@ const AVInputFormat* probedFormat(const QString& path) {
     return av_probe_input_format3(&data, 1, &score);
 }
 
+/// True where what the file holds made a call fail, not the system.
+bool isFaultOfFile(int code) {
+    constexpr auto codes = std::to_array(
+        {AVERROR_INVALIDDATA, AVERROR(EINVAL), AVERROR_EOF, AVERROR(ERANGE), AVERROR(ENOMEM)});
+    return std::ranges::find(codes, code) != codes.end() && !libav::isOutOfMemory(code);
+}
+
 /// Why libav* refused a readable file: told by the bytes at its head.
 [[noreturn]] void throwWhyRefused(const QString& path, int code) {
-    if (code != AVERROR_INVALIDDATA && code != AVERROR(EINVAL) && code != AVERROR_EOF)
+    if (!isFaultOfFile(code))
         throw MediaError::fromLibav(code);
     const AVInputFormat* format = probedFormat(path);
     if (!format)

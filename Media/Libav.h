@@ -16,6 +16,8 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <cerrno>
+#include <cstddef>
 #include <memory>
 #include <new>
 
@@ -50,6 +52,17 @@ template <typename Handle>
 }
 [[nodiscard]] inline Frame makeFrame() {
     return checked(Frame(av_frame_alloc()));
+}
+
+/// True where a call failed for want of memory. libav* says the same of an allocation beyond its
+/// own bound, for which it does not ask the system: there the film claims too much.
+[[nodiscard]] inline bool isOutOfMemory(int code) {
+    if (code != AVERROR(ENOMEM))
+        return false;
+    constexpr std::size_t nearBound = std::size_t(1) << 30; // the bound is 2 GiB
+    void* const memory = av_malloc(nearBound);              // touched by none: costs nothing
+    av_free(memory);
+    return !memory;
 }
 
 } // namespace stillwick::libav

@@ -40,7 +40,7 @@ void VideoDecoder::send(const AVPacket* packet, Effort effort) {
     m_context->skip_frame = effort == Effort::ReferencesOnly ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     m_context->reordered_opaque = m_packetsSent++;
     const int code = avcodec_send_packet(m_context.get(), packet);
-    if (code == AVERROR(ENOMEM))
+    if (libav::isOutOfMemory(code))
         throw MediaError::fromLibav(code);
 }
 
@@ -50,7 +50,7 @@ SharedFrame VideoDecoder::receive() {
         const int code = avcodec_receive_frame(m_context.get(), frame.get());
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF)
             return nullptr;
-        if (code == AVERROR(ENOMEM))
+        if (libav::isOutOfMemory(code))
             throw MediaError::fromLibav(code);
         if (code >= 0) // an error is one packet that gave no frame: the next may
             return std::make_shared<const VideoFrame>(std::move(frame), m_track);

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -149,12 +150,11 @@ TEST(MediaAssetTest, NamesWithSpacesAccentsAndPercentSignsOpen) {
     }
 }
 
-/// What a child process without privileges meets at `path`; -1 where it meets nothing.
-int categoryForStrangers(const QString& path) {
+/// What a child process meets at `path` that has been prepared; -1 where it meets nothing.
+int categoryInChild(const QString& path, bool (*prepare)()) {
     const pid_t child = ::fork();
     if (child == 0) {
-        constexpr uid_t nobody = 65534;
-        if (::setresuid(nobody, nobody, nobody) != 0)
+        if (!prepare())
             ::_exit(254);
         const Ending ending = endingOf(path);
         ::_exit(ending.isOpened() ? 255 : int(ending.category));
@@ -165,6 +165,11 @@ int categoryForStrangers(const QString& path) {
     return WEXITSTATUS(status);
 }
 
+bool becomeNobody() {
+    constexpr uid_t nobody = 65534;
+    return ::setresuid(nobody, nobody, nobody) == 0;
+}
+
 TEST(MediaAssetTest, AFileThatMayNotBeReadSaysSo) {
     const QTemporaryDir folder;
     ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::Permissions(0x7755)));
@@ -172,7 +177,7 @@ TEST(MediaAssetTest, AFileThatMayNotBeReadSaysSo) {
     ASSERT_TRUE(QFile::copy(films + QStringLiteral("one_picture.mp4"), path));
     ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0), 0);
     if (::geteuid() == 0) {
-        EXPECT_EQ(categoryForStrangers(path), int(Category::NoPermission));
+        EXPECT_EQ(categoryInChild(path, becomeNobody), int(Category::NoPermission));
     } else {
         const Ending ending = endingOf(path);
         ASSERT_FALSE(ending.isOpened());
@@ -180,6 +185,31 @@ TEST(MediaAssetTest, AFileThatMayNotBeReadSaysSo) {
     }
     EXPECT_EQ(MediaError::make(Category::NoPermission).description(),
               QStringLiteral("La lecture du fichier n'est pas autorisée."));
+}
+
+const QString found = QStringLiteral(STILLWICK_SOURCE_DIR "/Fuzz/crashes/");
+
+// Of damaged films: what libav* makes of their tables sounds like a fault of the system.
+TEST(MediaAssetTest, TablesThatAskForTooMuchAreDamageNotWantOfMemory) {
+    for (const char* name : {"memory-beyond-bound.mp4", "number-out-of-range.mp4"}) {
+        const Ending ending = endingOf(found + QString::fromUtf8(name));
+        EXPECT_EQ(ending.sentence, damaged) << name;
+    }
+}
+
+[[maybe_unused]] bool haveLittleMemory() {
+    constexpr rlim_t little = rlim_t(900) << 20;
+    const rlimit limit{little, little};
+    return ::setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+TEST(MediaAssetTest, WantOfMemorySaysSo) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the address sanitizer needs much room of its own";
+#else
+    EXPECT_EQ(categoryInChild(found + QStringLiteral("memory-beyond-bound.mp4"), haveLittleMemory),
+              int(Category::OutOfMemory));
+#endif
 }
 
 /// A copy of a clip, its bytes changed; no path where that fails.
