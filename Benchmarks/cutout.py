@@ -188,9 +188,11 @@ def main():
     print_table(results)
     print(flush=True)
     still = sorted((DATA / "salient" / "im").iterdir())[0]
-    subprocess.run([built(options.programs, "bench-cutout"), still], check=True)
+    with tempfile.NamedTemporaryFile(suffix=".json") as timed:
+        subprocess.run([built(options.programs, "bench-cutout"), still, "--json", timed.name], check=True)
+        figures = records(results) + json.loads(Path(timed.name).read_text())
     if options.json:
-        options.json.write_text(json.dumps(records(results), indent=1) + "\n")
+        options.json.write_text(json.dumps(figures, indent=1) + "\n")
 
 
 if __name__ == "__main__":

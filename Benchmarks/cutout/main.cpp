@@ -1,6 +1,9 @@
-// bench-cutout PICTURE: how long a whole extraction of a 1080p still takes, and how much memory
-// above the decoded picture.
+// bench-cutout PICTURE [--json FILE]: how long a whole extraction of a 1080p still takes, and how
+// much memory above the decoded picture.
 #include "../Memory.h"
+#include "../Options.h"
+#include "../Report.h"
+#include "../Timings.h"
 
 #include "Stillwick/SubjectExtractionService.h"
 
@@ -9,7 +12,6 @@
 #include <QImage>
 #include <QTextStream>
 
-#include <algorithm>
 #include <chrono>
 #include <vector>
 
@@ -44,11 +46,14 @@ int run(const QStringList& arguments) {
             std::chrono::steady_clock::now() - start;
         milliseconds.push_back(taken.count());
     }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    QTextStream(stdout) << "1080p still: median " << qRound(milliseconds[rounds / 2])
-                        << " ms, quickest " << qRound(milliseconds.front()) << " ms, "
-                        << qRound(benchmarks::peakMemory() - before) << " MiB above the picture\n";
-    return 0;
+    const QString aCase = QStringLiteral("1080p still");
+    const QString unit = QStringLiteral("ms");
+    benchmarks::Report report(QStringLiteral("cutout"));
+    report.add(aCase, QStringLiteral("median"), benchmarks::median(milliseconds), unit);
+    report.add(aCase, QStringLiteral("quickest"), benchmarks::quantile(milliseconds, 0), unit);
+    report.add(aCase, QStringLiteral("memory above the picture"), benchmarks::peakMemory() - before,
+               QStringLiteral("MiB"));
+    return benchmarks::publish(report, QStringLiteral("cutout: a whole extraction"));
 }
 
 } // namespace

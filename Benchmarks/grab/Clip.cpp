@@ -57,7 +57,7 @@ libav::CodecContext openDecoder(const AVStream& stream, int threads) {
     return context;
 }
 
-Clip::Clip(const QString& path) {
+Clip::Clip(const QString& path, Hashes hashes) {
     AVFormatContext* format = nullptr;
     if (avformat_open_input(&format, QFile::encodeName(path).constData(), nullptr, nullptr) < 0)
         throw std::runtime_error("the clip " + path.toStdString() + " does not open");
@@ -69,7 +69,7 @@ Clip::Clip(const QString& path) {
         throw std::runtime_error("the clip holds no video");
     m_stream = format->streams[index];
     readPackets();
-    decodePictures();
+    hashes == Hashes::Made ? decodePictures() : listPictures();
 }
 
 void Clip::readPackets() {
@@ -92,6 +92,13 @@ void Clip::decodePictures() {
     }
     if (m_pictures.size() != m_packets.size())
         throw std::runtime_error("the clip is damaged");
+}
+
+void Clip::listPictures() {
+    for (const libav::Packet& packet : m_packets)
+        m_pictures.push_back({packet->pts, {}});
+    std::sort(m_pictures.begin(), m_pictures.end(),
+              [](const Picture& a, const Picture& b) { return a.time < b.time; });
 }
 
 Moment Clip::momentIn(std::size_t frame, double fraction) const {

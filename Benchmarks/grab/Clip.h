@@ -40,8 +40,11 @@ public:
         PictureHash hash{};
     };
 
+    /// Without hashes, nothing is decoded: times are those of the packets.
+    enum class Hashes { Made, LeftOut };
+
     /// *Errors*: std::runtime_error.
-    explicit Clip(const QString& path);
+    explicit Clip(const QString& path, Hashes hashes = Hashes::Made);
 
     [[nodiscard]] const AVStream& stream() const noexcept { return *m_stream; }
     /// In decode order.
@@ -54,6 +57,7 @@ public:
 private:
     void readPackets();
     void decodePictures();
+    void listPictures();
 
     libav::FormatContext m_format;
     AVStream* m_stream = nullptr;

@@ -1,5 +1,6 @@
-// bench-project [--captures N] [--json FILE]: saving and opening large projects, beside Qt's reader
-// and writer of JSON, which leave a tree and not yet a project.
+// bench-project [--captures N] [--rounds N] [--json FILE]: saving and opening large projects,
+// beside Qt's reader and writer of JSON, which leave a tree and not yet a project.
+#include "../DiskFloor.h"
 #include "../Options.h"
 #include "../Report.h"
 #include "../Timings.h"
@@ -12,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
+#include <algorithm>
 #include <stdexcept>
 #include <vector>
 
@@ -50,9 +52,9 @@ ProjectFile projectOf(int captures, int marks) {
 
 /// The median of what several runs of the work took, in milliseconds.
 template <typename Work>
-double milliseconds(Work work) {
+double milliseconds(int rounds, Work work) {
     std::vector<double> durations;
-    for (int round = 0; round < 9; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         QElapsedTimer timer;
         timer.start();
         work();
@@ -61,12 +63,12 @@ double milliseconds(Work work) {
     return median(durations);
 }
 
-void measure(Report& report, const QString& aCase, const ProjectFile& project) {
+void measure(Report& report, const QString& aCase, const ProjectFile& project, int rounds) {
     const QTemporaryDir folder;
     const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("a.stillwick")));
     const QString unit = QStringLiteral("ms");
     const auto add = [&](const char* figure, auto work) {
-        report.add(aCase, QString::fromLatin1(figure), milliseconds(work), unit);
+        report.add(aCase, QString::fromLatin1(figure), milliseconds(rounds, work), unit);
     };
     const QByteArray text = encodeProject(project);
     const QJsonDocument tree = QJsonDocument::fromJson(text);
@@ -78,7 +80,10 @@ void measure(Report& report, const QString& aCase, const ProjectFile& project) {
     add("decode", [&] { (void)decodeProject(text); });
     add("decode, Qt's tree", [&] { (void)QJsonDocument::fromJson(text); });
     add("save, synchronised", [&] { ProjectStore::save(project, url); });
+    add("save, floor: the same bytes written and synchronised",
+        [&] { writeAndSynchronise(folder.filePath(QStringLiteral("b")), text); });
     add("load", [&] { (void)ProjectStore::load(url); });
+    add("load, floor: the same bytes read", [&] { (void)readWhole(url.toLocalFile()); });
 }
 
 } // namespace
@@ -86,9 +91,11 @@ void measure(Report& report, const QString& aCase, const ProjectFile& project) {
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const int captures = valueOf(QStringLiteral("--captures"), QStringLiteral("10000")).toInt();
+    const int rounds =
+        std::max(1, valueOf(QStringLiteral("--rounds"), QStringLiteral("9")).toInt());
     Report report(QStringLiteral("project"));
     for (const int marks : {0, 3})
         measure(report, QStringLiteral("%1 captures, %2 marks each").arg(captures).arg(marks),
-                projectOf(captures, marks));
-    return publish(report, QStringLiteral("Projects: medians of nine"));
+                projectOf(captures, marks), rounds);
+    return publish(report, QStringLiteral("project: medians of %1").arg(rounds));
 }

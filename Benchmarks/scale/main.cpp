@@ -184,6 +184,11 @@ void openMany(Report& report, const QString& film, int captures) {
         saves.push_back(milliseconds(timer) / 1000);
     }
     add("saving, median", median(saves), "s");
+    const auto alone = newState(standardSegmenter());
+    timer.start();
+    alone->loadVideo(QUrl::fromLocalFile(film));
+    restUntil([&] { return !alone->player()->picture().isNull(); });
+    add("opening, floor: the film alone", milliseconds(timer) / 1000, "s");
     add("size of the file", double(QFile(project.toLocalFile()).size()) / mebibyte, "MiB");
 }
 

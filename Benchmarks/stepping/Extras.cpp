@@ -128,6 +128,26 @@ void addBreakdown(Report& report, const QString& film, const QString& path, doub
                QStringLiteral("ms"));
 }
 
+void addSeekFloor(Report& report, const QString& film, const QString& path, double rate,
+                  double seconds, int count, double ours) {
+    const Clip clip(path, Clip::Hashes::LeftOut);
+    const std::unique_ptr<GrabMethod> floor = makeDecodeFloor(clip);
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> anywhere(0, seconds - 1);
+    std::vector<double> samples;
+    for (int i = 0; i < count; ++i) {
+        const Moment moment = clip.momentIn(std::size_t(anywhere(random) * rate), 0);
+        QElapsedTimer timer;
+        timer.start();
+        floor->grab(moment);
+        samples.push_back(milliseconds(timer));
+    }
+    report.add(film, QStringLiteral("exact seek, floor (libavcodec alone)"), median(samples),
+               QStringLiteral("ms"));
+    report.add(film, QStringLiteral("exact seek, ours / floor"), ours / median(samples),
+               QStringLiteral("x"));
+}
+
 std::vector<double> stepBackWithFfms2(const QString& path, double rate, double seconds, int count) {
     std::array<char, 512> text{};
     FFMS_ErrorInfo error{};

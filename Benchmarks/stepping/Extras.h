@@ -25,6 +25,10 @@ void addPlaying(Report& report, const QString& film, OurSession& session, double
 /// What an exact seek is made of: decoding from the key picture, converting.
 void addBreakdown(Report& report, const QString& film, const QString& path, double seconds,
                   int count);
+/// What no exact seek can beat: libavcodec alone from the key picture to the picture, at the same
+/// places as the exact seeks whose median is `ours`.
+void addSeekFloor(Report& report, const QString& film, const QString& path, double rate,
+                  double seconds, int count, double ours);
 /// Each sample is FFMS2's frame n - 1 after its frame n, converted to RGBA, in milliseconds.
 [[nodiscard]] std::vector<double> stepBackWithFfms2(const QString& path, double rate,
                                                     double seconds, int count);

@@ -88,6 +88,9 @@ std::vector<Row> rowsFor(const QImage& image) {
     rows.push_back({QStringLiteral("the four together"), [image] {
                         renderAllStyles(image);
                     }});
+    rows.push_back({QStringLiteral("floor: a copy of the picture"), [image] {
+                        static_cast<void>(image.copy());
+                    }});
     const QImage colors = image.convertToFormat(QImage::Format_RGB888);
     rows.push_back({QStringLiteral("peer: bilateral filter, d = 9"), [colors] {
                         const cv::Mat from(colors.height(), colors.width(), CV_8UC3,
