@@ -111,6 +111,8 @@ void measure(Report& report, int rounds) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    if (!hasOnly({QStringLiteral("--rounds"), QStringLiteral("--json")}))
+        return 2;
     cv::setNumThreads(1);
     Report report(QStringLiteral("edges"));
     const int rounds =

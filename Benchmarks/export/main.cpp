@@ -180,6 +180,9 @@ void measure(Report& report, const QString& film, int captures) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    if (!hasOnly(
+            {QStringLiteral("--clips"), QStringLiteral("--captures"), QStringLiteral("--json")}))
+        return 2;
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int captures =
         std::clamp(valueOf(QStringLiteral("--captures"), QStringLiteral("100")).toInt(), 5, 100);

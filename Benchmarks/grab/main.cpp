@@ -27,6 +27,9 @@ void contend(Report& report, const QString& path, const QString& name, const Con
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    if (!hasOnly({QStringLiteral("--clips"), QStringLiteral("--only"), QStringLiteral("--grabs"),
+                  QStringLiteral("--checks"), QStringLiteral("--json")}))
+        return 2;
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int grabs = std::max(2, valueOf(QStringLiteral("--grabs"), QStringLiteral("50")).toInt());
     const int checks = valueOf(QStringLiteral("--checks"), QStringLiteral("200")).toInt();

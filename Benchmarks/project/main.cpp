@@ -90,6 +90,9 @@ void measure(Report& report, const QString& aCase, const ProjectFile& project, i
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    if (!hasOnly(
+            {QStringLiteral("--captures"), QStringLiteral("--rounds"), QStringLiteral("--json")}))
+        return 2;
     const int captures = valueOf(QStringLiteral("--captures"), QStringLiteral("10000")).toInt();
     const int rounds =
         std::max(1, valueOf(QStringLiteral("--rounds"), QStringLiteral("9")).toInt());

@@ -232,9 +232,13 @@ void captureWhilePlaying(Report& report, const QString& film, int captures) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
+    if (!hasOnly({QStringLiteral("--clips"), QStringLiteral("--captures"), QStringLiteral("--part"),
+                  QStringLiteral("--json")}))
+        return 2;
     const int captures = valueOf(QStringLiteral("--captures"), QStringLiteral("1000")).toInt();
-    const QString film = clips.filePath(QStringLiteral("1080p30-subjects.mp4"));
+    const QString film = clipNamed(QStringLiteral("1080p30-subjects.mp4"));
+    if (film.isEmpty())
+        return 1;
     Report report(QStringLiteral("scale"));
     const QString part = valueOf(QStringLiteral("--part"), {});
     const auto isWanted = [&part](const char* name) {

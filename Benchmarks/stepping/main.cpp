@@ -132,6 +132,9 @@ void benchmark(Report& report, const Film& film, int count, bool isWhole,
 
 int main(int argc, char** argv) {
     WatchedApplication application(argc, argv);
+    if (!hasOnly({QStringLiteral("--clips"), QStringLiteral("--samples"), QStringLiteral("--only"),
+                  QStringLiteral("--part"), QStringLiteral("--json")}))
+        return 2;
     const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const int count =
         std::max(10, valueOf(QStringLiteral("--samples"), QStringLiteral("60")).toInt());

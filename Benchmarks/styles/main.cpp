@@ -118,6 +118,8 @@ void timeRows(const std::vector<Row>& rows, int threads, int rounds, Report& rep
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    if (!hasOnly({QStringLiteral("--rounds"), QStringLiteral("--json")}))
+        return 2;
     const int rounds =
         std::max(1, valueOf(QStringLiteral("--rounds"), QStringLiteral("15")).toInt());
     const std::vector<Row> rows = rowsFor(syntheticCutOut());

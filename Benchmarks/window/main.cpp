@@ -247,16 +247,21 @@ void Bench::exportAll() {
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     LoopWatch application(argc, argv);
+    if (!hasOnly({QStringLiteral("--clips"), QStringLiteral("--programs"), QStringLiteral("--part"),
+                  QStringLiteral("--rounds"), QStringLiteral("--json")}))
+        return 2;
     installLook(application, ColorScheme::light);
     (void)KeyboardCoordinator::shared();
-    const QDir clips(valueOf(QStringLiteral("--clips"), QStringLiteral(".")));
     const QString part = valueOf(QStringLiteral("--part"), {});
     Report report(QStringLiteral("window"));
     if (part != QStringLiteral("loop"))
         timeStarts(report, valueOf(QStringLiteral("--programs"), QStringLiteral(".")),
                    valueOf(QStringLiteral("--rounds"), QStringLiteral("15")).toInt());
     if (part != QStringLiteral("start")) {
-        Bench bench(application, report, clips.filePath(QStringLiteral("1080p30-subjects.mp4")));
+        const QString film = clipNamed(QStringLiteral("1080p30-subjects.mp4"));
+        if (film.isEmpty())
+            return 1;
+        Bench bench(application, report, film);
         bench.doNothing();
         bench.capture();
         bench.select();
