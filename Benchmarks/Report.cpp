@@ -36,7 +36,9 @@ void Report::print(const QString& title) const {
         if (!figures.contains(f.figure))
             figures.append(f.figure);
     }
-    constexpr int cellWidth = 14;
+    qsizetype cellWidth = 14;
+    for (const QString& aCase : cases)
+        cellWidth = std::max(cellWidth, aCase.size() + 2);
     qsizetype width = 0;
     for (const QString& figure : figures)
         width = std::max(width, figure.size());
