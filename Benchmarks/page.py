@@ -103,8 +103,8 @@ BENCHMARKS = (
         "export",
         "What a capture costs from the film to its file, step by step, in an export of captures one second apart.",
         ("FFmpeg", "Qt"),
-        "Of decoding: FFmpeg's linear decode of the whole stretch. Of a file: the same bytes, written and "
-        "synchronised.",
+        "Of a file: the same bytes, written and synchronised. Beside decoding stands FFmpeg's linear decode of the whole "
+        "stretch.",
         (Row("decoding, a capture", "of that decoding", (("ffmpeg, linear", "linear decode by ffmpeg, a capture"),)),
          Row("a PNG in memory", "PNG, ours", (("Qt's writer", "PNG, Qt's writer"),)),
          Row("a PNG and its file", "PNG and its file, ours", (),

@@ -61,7 +61,7 @@ PNG = ("export",
        row("PNG, Qt's writer / ours", "ratio") + ".*" + row("PNG's size, ours / Qt's writer", "size"),
        "Qt's writer / ours: time {ratio}, size ours / Qt's {size}", {"ratio": "> 2", "size": "< 1.06"})
 START = ("window", row("ours, median", "ours") + ".*" + row("ratio", "ratio"),
-         "{ours}; {ratio} of a bare window's time")
+         "{ours} ms, {ratio} of a bare window's time")
 SOAK = (r"^sound: (?P<growth>\S+) MiB \(\S+ allocated\), (?P<threads>\S+) threads, (?P<descriptors>\S+) descriptors, "
         r"(?P<files>\S+) files$")
 SOAK_SEEN = "{growth} MiB, {threads} threads, {descriptors} descriptors, {files} files"
@@ -149,7 +149,7 @@ CLAIMS = (
     Claim("start", "The window is painted within a second of the program's start.",
           bench(*START, {"ours": "< 1000", "ratio": "> 0"}),
           # Where tests run, others may run too: the ratio stands, the time does not.
-          bench(*START, {"ratio": "< 20"}, short=True)),
+          bench(*START, {"ratio": "< 20", "ours": "> 0"}, short=True)),
     Claim("no-stall", "Nothing that the window does takes 16 ms of the processor's time in its event loop.",
           bench("window", row("longest wait for the loop", "wait") + ".*"
                 + row("of the processor's time, most", "most"),
