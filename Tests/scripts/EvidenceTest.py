@@ -146,6 +146,13 @@ class EvidenceTest(unittest.TestCase):
         self.assertEqual(self.run_on(*table, options=short)[0], 1)
         self.assertIn("growth 9 is not < 5", self.cells()[3])
 
+    def test_a_short_run_takes_the_line_of_what_was_never_run(self):
+        table = [claim("echo grew 1 MiB", short="echo grew 2 MiB"), claim("echo grew 3 MiB", name="other")]
+        self.run_on(*table, options=["other"])
+        self.assertEqual(self.cells()[3], "not run yet")
+        self.run_on(*table, options=["--short", "--page", str(self.page), "soak"])
+        self.assertEqual(self.cells()[3], "2 MiB")
+
     def test_a_command_that_two_claims_rest_on_runs_once(self):
         command = f"echo x >>{self.folder}/runs; echo grew 1 MiB"
         self.assertEqual(self.run_on(claim(command), claim(command, name="other"))[0], 0)
