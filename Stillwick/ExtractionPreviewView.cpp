@@ -138,14 +138,15 @@ void ExtractionPreviewView::showCapture() {
         m_preview->canvas().abandonDrag(); // what was being drawn was meant for the other
         selectAnnotation(std::nullopt);
     }
-    m_toolbar->setVisible(frame.has_value());
-    m_noteEditor->setVisible(frame.has_value());
     m_preview->canvas().setAnnotations(frame ? frame->annotations : QList<Annotation>());
     const QString notes = frame ? frame->notes : QString();
     if (m_note->toPlainText() != notes) {
         const QSignalBlocker quiet(m_note);
         m_note->setPlainText(notes);
     }
+    // Last, for what is hidden gives the keyboard away, and whatever takes it may change the state.
+    m_toolbar->setVisible(frame.has_value());
+    m_noteEditor->setVisible(frame.has_value());
 }
 
 void ExtractionPreviewView::showRenders() {

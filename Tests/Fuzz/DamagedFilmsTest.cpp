@@ -10,7 +10,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 // Shell scripts in the program's place: called with still FILM --at TIME -o PICTURE.
 constexpr const char* refuses =

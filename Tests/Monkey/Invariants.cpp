@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 
 namespace stillwick::monkey {
 
@@ -99,7 +100,13 @@ bool theMarksAreFinite(const StillwickWindow& window) {
 bool theNoteIsTheCaptures(const StillwickWindow& window) {
     const auto frame = window.state().previewFrame();
     const auto* const note = window.content().preview().findChild<QPlainTextEdit*>();
-    return note->toPlainText() == (frame ? frame->notes : QString());
+    const QString shown = note->toPlainText();
+    const QString kept = frame ? frame->notes : QString();
+    if (shown == kept)
+        return true;
+    std::fprintf(stderr, "the note shown: « %s », kept: « %s »\n", qPrintable(shown),
+                 qPrintable(kept));
+    return false;
 }
 
 bool theTitleIsTheContents(const StillwickWindow& window) {
