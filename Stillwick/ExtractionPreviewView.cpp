@@ -145,8 +145,11 @@ void ExtractionPreviewView::showCapture() {
         m_note->setPlainText(notes);
     }
     // Last, for what is hidden gives the keyboard away, and whatever takes it may change the state.
-    m_toolbar->setVisible(frame.has_value());
-    m_noteEditor->setVisible(frame.has_value());
+    for (QWidget* const part : {m_toolbar, m_noteEditor}) {
+        part->setEnabled(
+            frame.has_value()); // what is only hidden keeps the keys of a window behind
+        part->setVisible(frame.has_value());
+    }
 }
 
 void ExtractionPreviewView::showRenders() {

@@ -104,8 +104,9 @@ bool theNoteIsTheCaptures(const StillwickWindow& window) {
     const QString kept = frame ? frame->notes : QString();
     if (shown == kept)
         return true;
-    std::fprintf(stderr, "the note shown: « %s », kept: « %s »\n", qPrintable(shown),
-                 qPrintable(kept));
+    std::fprintf(stderr, "the note shown: « %s », kept: %s\n", qPrintable(shown),
+                 frame ? qPrintable(QStringLiteral("« %1 »").arg(kept))
+                       : "none, for there is no capture");
     return false;
 }
 

@@ -13,6 +13,7 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -227,6 +228,21 @@ TEST_F(ExtractionPreviewViewTest, AnotherCaptureClearsTheSelectedMarkAndShowsIts
     state->setSelection({first});
     EXPECT_EQ(note().toPlainText(), QStringLiteral("première"));
     EXPECT_EQ(state->allFrames().back().notes, QStringLiteral("seconde"));
+}
+
+TEST_F(ExtractionPreviewViewTest, NothingIsTypedIntoTheNoteOfAWindowBehindWhoseLastCaptureIsGone) {
+    capture();
+    view.activateWindow();
+    note().setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+    ASSERT_EQ(QApplication::focusWidget(), &note());
+    QWidget front;
+    front.show();
+    front.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&front));
+    state->deleteFrame(state->previewFrame()->id());
+    QTest::keyClick(view.windowHandle(), Qt::Key_C);
+    EXPECT_EQ(note().toPlainText(), QString());
 }
 
 } // namespace

@@ -271,7 +271,8 @@ class Person:
                 geometry = dict(line.split("=") for line in self._ask("getwindowgeometry", "--shell", candidate))
                 # The place that is told is off by the frame's sides.
                 if (
-                    abs(int(geometry["X"]) - left) < 10
+                    geometry  # none of a window that has gone meanwhile
+                    and abs(int(geometry["X"]) - left) < 10
                     and abs(int(geometry["Y"]) - top) < 40
                     and abs(int(geometry["WIDTH"]) - width) <= 2
                     and abs(int(geometry["HEIGHT"]) - height) <= 2
