@@ -16,6 +16,8 @@
 #include <QPainterPath>
 #include <QStyleOption>
 
+#include <initializer_list>
+
 namespace stillwick {
 
 namespace {
@@ -69,31 +71,24 @@ void BigPreview::startDrag(QMimeData* content) {
 }
 
 void BigPreview::showImage(const QImage& image) {
-    if (image.cacheKey() == m_image.cacheKey())
-        return;
-    m_image = image;
-    m_scaled = {};
-    m_canvas->show();
-    m_empty->hide();
-    m_progress->hide();
-    place();
-    update();
+    if (image.cacheKey() != m_image.cacheKey())
+        showOnly(*m_canvas, image);
 }
 
 void BigPreview::showNothing() {
-    m_image = {};
-    m_canvas->hide();
-    m_progress->hide();
-    m_empty->show();
-    place();
-    update();
+    showOnly(*m_empty, {});
 }
 
 void BigPreview::showProgress() {
-    m_image = {};
-    m_canvas->hide();
-    m_empty->hide();
-    m_progress->show();
+    showOnly(*m_progress, {});
+}
+
+void BigPreview::showOnly(const QWidget& part, const QImage& image) {
+    m_image = image;
+    m_scaled = {};
+    m_copy->setEnabled(!image.isNull());
+    for (QWidget* const each : std::initializer_list<QWidget*>{m_canvas, m_empty, m_progress})
+        each->setVisible(each == &part);
     place();
     update();
 }
@@ -112,7 +107,6 @@ QRect BigPreview::imageRect() const {
 }
 
 void BigPreview::place() {
-    m_copy->setEnabled(!m_image.isNull());
     m_empty->setGeometry(rect());
     QRect middle(QPoint(), m_progress->sizeHint());
     middle.moveCenter(rect().center());

@@ -44,6 +44,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void showOnly(const QWidget& part, const QImage& image);
     void place();
     void makeCopyAction();
     [[nodiscard]] const QImage& scaledImage();

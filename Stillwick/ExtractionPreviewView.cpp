@@ -145,9 +145,9 @@ void ExtractionPreviewView::showCapture() {
         m_note->setPlainText(notes);
     }
     // Last, for what is hidden gives the keyboard away, and whatever takes it may change the state.
+    // Disabled too, for in a window behind, what is only hidden keeps it.
     for (QWidget* const part : {m_toolbar, m_noteEditor}) {
-        part->setEnabled(
-            frame.has_value()); // what is only hidden keeps the keys of a window behind
+        part->setEnabled(frame.has_value());
         part->setVisible(frame.has_value());
     }
 }

@@ -22,11 +22,6 @@ enum Place : std::size_t {
     Floor
 };
 
-double milliseconds(const QElapsedTimer& timer) {
-    constexpr double nanosecondsInOne = 1e6;
-    return double(timer.nsecsElapsed()) / nanosecondsInOne;
-}
-
 } // namespace
 
 struct Contest::Entrant {

@@ -5,6 +5,7 @@
 #include "../Memory.h"
 #include "../Options.h"
 #include "../Report.h"
+#include "../Timings.h"
 
 #include "Media/FrameCache.h"
 #include "Media/MediaAsset.h"
@@ -33,10 +34,6 @@ using namespace stillwick::benchmarks;
 namespace {
 
 constexpr double mebibyte = 1 << 20;
-
-double milliseconds(const QElapsedTimer& timer) {
-    return double(timer.nsecsElapsed()) / 1e6;
-}
 
 /// Cuts out the middle of every picture at once: what is measured is what captures take, not how
 /// long finding subjects does.

@@ -20,13 +20,7 @@
 
 namespace stillwick::benchmarks {
 
-namespace {
-
-double milliseconds(const QElapsedTimer& timer) {
-    return double(timer.nsecsElapsed()) / 1e6;
-}
-
-} // namespace
+namespace {} // namespace
 
 void addHeldMemory(Report& report, const QString& film, OurSession& session) {
     session.rest(2000);
