@@ -98,13 +98,30 @@ libav::FormatContext allocateContext(const std::stop_token& stop) {
     return format;
 }
 
+/// The system's error where it did not let the file be read on, else what the demuxer made of it.
+int whoseFault(int code, int readError) {
+    if (readError != 0)
+        return readError;
+    return code == AVERROR(EIO) ? AVERROR_INVALIDDATA : code;
+}
+
 /// Opens the file as `container`, or as what libav* takes it for where that is null.
 int openAs(libav::FormatContext& format, const QString& path, const AVInputFormat* container) {
     const QByteArray url = "file:" + QFile::encodeName(path);
+    AVIOContext* rawFile = nullptr;
+    const int opened =
+        avio_open2(&rawFile, url.constData(), AVIO_FLAG_READ, &format->interrupt_callback, nullptr);
+    if (opened < 0)
+        return opened;
+    libav::File file(rawFile); // stays where the film is refused
+    format->pb = rawFile;
     AVFormatContext* raw = format.release();
     const int code =
         avformat_open_input(&raw, url.constData(), container, nullptr); // frees on failure
     format.reset(raw);
+    if (code < 0)
+        return whoseFault(code, file->error);
+    (void)file.release(); // goes with the context
     return code;
 }
 
@@ -193,7 +210,7 @@ libav::FormatContext openContainer(const QString& path, const std::stop_token& s
     if (stop.stop_requested())
         throw MediaError::make(Category::Cancelled);
     if (known < 0)
-        throwWhyRefused(path, known);
+        throwWhyRefused(path, whoseFault(known, libav::readError(*format)));
     return format;
 }
 

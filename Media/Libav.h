@@ -24,7 +24,12 @@ extern "C" {
 namespace stillwick::libav {
 
 struct Deleter {
-    void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
+    void operator()(AVFormatContext* context) const noexcept {
+        AVIOContext* file = (context->flags & AVFMT_FLAG_CUSTOM_IO) != 0 ? context->pb : nullptr;
+        avformat_close_input(&context); // leaves the file open
+        avio_closep(&file);
+    }
+    void operator()(AVIOContext* file) const noexcept { avio_closep(&file); }
     void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
     void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
     void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
@@ -33,6 +38,7 @@ struct Deleter {
     void operator()(SwrContext* context) const noexcept { swr_free(&context); }
 };
 
+using File = std::unique_ptr<AVIOContext, Deleter>;
 using FormatContext = std::unique_ptr<AVFormatContext, Deleter>;
 using CodecContext = std::unique_ptr<AVCodecContext, Deleter>;
 using Packet = std::unique_ptr<AVPacket, Deleter>;
@@ -52,6 +58,12 @@ template <typename Handle>
 }
 [[nodiscard]] inline Frame makeFrame() {
     return checked(Frame(av_frame_alloc()));
+}
+
+/// Why the system did not let a film be read on; 0 where it did. Demuxers make the same codes up,
+/// EIO where a film is shorter than it claims.
+[[nodiscard]] inline int readError(const AVFormatContext& format) {
+    return format.pb ? format.pb->error : 0;
 }
 
 /// True where a call failed for want of memory. libav* says the same of an allocation beyond its

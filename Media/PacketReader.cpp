@@ -85,8 +85,10 @@ libav::Packet PacketReader::readFromContainer() {
     for (;;) {
         throwIfStopped();
         const int code = av_read_frame(m_format.get(), packet.get());
-        if (code == AVERROR_EXIT || code == AVERROR(EIO))
+        if (code == AVERROR_EXIT)
             throw MediaError::fromLibav(code);
+        if (code < 0 && libav::readError(*m_format) != 0)
+            throw MediaError::fromLibav(libav::readError(*m_format));
         // A container cut off or damaged from here on is met like one that ends here: what came
         // before stays usable.
         if (code < 0)

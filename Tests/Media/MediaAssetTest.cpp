@@ -197,6 +197,10 @@ TEST(MediaAssetTest, TablesThatAskForTooMuchAreDamageNotWantOfMemory) {
     }
 }
 
+TEST(MediaAssetTest, AFilmThatEndsInItsHeadIsDamageNotARefusalToRead) {
+    EXPECT_EQ(endingOf(found + QStringLiteral("ends-in-its-head.mkv")).sentence, damaged);
+}
+
 [[maybe_unused]] bool haveLittleMemory() {
     constexpr rlim_t little = rlim_t(900) << 20;
     const rlimit limit{little, little};
