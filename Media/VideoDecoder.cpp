@@ -9,15 +9,9 @@
 
 namespace stillwick {
 
-namespace {
-
-// More than cores, for threads wait for each other's pictures. Each one adds a frame of memory and
-// of latency.
-int threadCount() {
+int decoderThreadCount() {
     return std::clamp(int(std::thread::hardware_concurrency()) + 2, 2, 6);
 }
-
-} // namespace
 
 VideoDecoder::VideoDecoder(const AVStream& stream) : m_track(describeTrack(stream)) {
     const AVCodec* codec = decoderFor(stream);
@@ -28,7 +22,7 @@ VideoDecoder::VideoDecoder(const AVStream& stream) : m_track(describeTrack(strea
         throw MediaError::fromLibav(code);
     m_context->max_pixels = maximumPixels; // a size may grow in mid-stream
     m_context->pkt_timebase = stream.time_base;
-    m_context->thread_count = threadCount();
+    m_context->thread_count = decoderThreadCount();
     m_context->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
     m_context->flags |= AV_CODEC_FLAG_UNALIGNED; // crop to the pixel, also on the left
     if (const int code = avcodec_open2(m_context.get(), codec, nullptr); code < 0)

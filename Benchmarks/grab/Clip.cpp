@@ -9,7 +9,6 @@ extern "C" {
 
 #include <algorithm>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 namespace stillwick::benchmarks {
@@ -38,10 +37,6 @@ PictureHash hashOf(const AVFrame& frame) {
     if (frame.format != AV_PIX_FMT_YUV420P)
         throw std::runtime_error("a picture of an unexpected pixel format");
     return hashOf({frame.data, frame.linesize, frame.width, frame.height});
-}
-
-int decoderThreads() {
-    return std::clamp(int(std::thread::hardware_concurrency()), 1, 4);
 }
 
 libav::CodecContext openDecoder(const AVStream& stream, int threads) {

@@ -65,8 +65,6 @@ private:
     std::vector<Picture> m_pictures;
 };
 
-/// As many threads as the application decodes with.
-[[nodiscard]] int decoderThreads();
 /// libavcodec's decoder for a track, open. *Errors*: std::runtime_error.
 [[nodiscard]] libav::CodecContext openDecoder(const AVStream& stream, int threads);
 

@@ -1,5 +1,7 @@
 #include "GrabMethod.h"
 
+#include "Media/VideoDecoder.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -10,7 +12,7 @@ namespace {
 class DecodeFloor final : public GrabMethod {
 public:
     explicit DecodeFloor(const Clip& clip)
-        : m_clip(clip), m_decoder(openDecoder(clip.stream(), decoderThreads())),
+        : m_clip(clip), m_decoder(openDecoder(clip.stream(), decoderThreadCount())),
           m_frame(libav::makeFrame()) {}
 
     void grab(const Moment& moment) override {
@@ -25,6 +27,8 @@ public:
             --next;
         avcodec_flush_buffers(m_decoder.get());
         for (; next <= target; ++next) {
+            // On the way, what no other picture refers to need not be decoded.
+            m_decoder->skip_frame = (*next)->pts < time ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
             avcodec_send_packet(m_decoder.get(), next->get());
             if (hasCome(time))
                 return;

@@ -1,5 +1,7 @@
 #include "Ffms2Grabs.h"
 
+#include "Media/VideoDecoder.h"
+
 #include <QFile>
 #include <QString>
 
@@ -50,7 +52,7 @@ const FFMS_Frame& frameOf(FFMS_VideoSource& source, std::size_t frame) {
 Source openSource(const QByteArray& path, FFMS_Index& index) {
     ErrorText text;
     const int track = FFMS_GetFirstTrackOfType(&index, FFMS_TYPE_VIDEO, text.info());
-    Source source(FFMS_CreateVideoSource(path.constData(), track, &index, decoderThreads(),
+    Source source(FFMS_CreateVideoSource(path.constData(), track, &index, decoderThreadCount(),
                                          FFMS_SEEK_NORMAL, text.info()));
     if (!source)
         throw text.error();

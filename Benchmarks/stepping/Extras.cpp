@@ -9,6 +9,7 @@
 #include "Media/FrameCache.h"
 #include "Media/FrameSource.h"
 #include "Media/PictureConverter.h"
+#include "Media/VideoDecoder.h"
 
 #include <QElapsedTimer>
 #include <QThread>
@@ -149,8 +150,9 @@ std::vector<double> stepBackWithFfms2(const QString& path, double rate, double s
     error.BufferSize = int(text.size());
     const Ffms2Index index = makeFfms2Index(path);
     const int track = FFMS_GetFirstTrackOfType(index.get(), FFMS_TYPE_VIDEO, &error);
-    const std::unique_ptr<FFMS_VideoSource, Ffms2Deleter> source(FFMS_CreateVideoSource(
-        path.toUtf8().constData(), track, index.get(), decoderThreads(), FFMS_SEEK_NORMAL, &error));
+    const std::unique_ptr<FFMS_VideoSource, Ffms2Deleter> source(
+        FFMS_CreateVideoSource(path.toUtf8().constData(), track, index.get(), decoderThreadCount(),
+                               FFMS_SEEK_NORMAL, &error));
     if (!source)
         throw std::runtime_error(text.data());
     const int start = int(seconds * rate / 2) + count / 2;
