@@ -61,7 +61,8 @@ BENCHMARKS = (
         "grab",
         "The time from asking for the picture at a random time of a film to its bitmap, the same times for everybody.",
         ("FFMS2", "FFmpeg"),
-        "libavcodec alone, open, every picture from the key picture on, the packets in memory and nothing converted.",
+        "libavcodec alone, open, from the key picture on without what no other picture refers to, the packets in memory "
+        "and nothing converted.",
         tuple(Row(f"{how}, {which}", f"ours, {how}: {which}",
                   ((("FFMS2, its index made before", f"FFMS2 without its index, {how}: {which}"),)
                    + ((("FFMS2, its index made each time", f"FFMS2 with its index, first picture: {which}"),
@@ -72,9 +73,8 @@ BENCHMARKS = (
         "stepping",
         "The time from a step or a seek to the picture that is ready for painting, in a player that is open.",
         ("mpv", "FFMS2"),
-        "Of an exact seek: libavcodec alone, every picture from the key picture on, at the same places (ours leaves "
-        "out pictures that no other needs, and may come below). A step back is a look-up in what is decoded ahead; it "
-        "has none.",
+        "Of an exact seek: libavcodec alone at the same places, as for grab (ours may find the picture decoded already, "
+        "and come below). A step back is a look-up in what is decoded ahead; it has none.",
         tuple(step_row("step back", others=("mpv", "FFMS2")) + step_row("step back after a jump") + step_row("step on")
               + step_row("exact seek", "exact seek, floor (libavcodec alone)"))),
     Benchmark(

@@ -45,7 +45,8 @@ def row(name, group):
 
 
 def bench(benchmark, figure, seen, **bounds):
-    return Trial(f"./bench {benchmark}", figure, seen, bounds, seconds=5400)
+    """Writes the benchmark's section of the page of figures, too."""
+    return Trial(f"./bench {benchmark} --page docs/figures.md", figure, seen, bounds, seconds=5400)
 
 
 def short_bench(benchmark, figure, seen, **bounds):
