@@ -154,7 +154,8 @@ void MediaPlayer::setStatus(TimeControlStatus status) {
 MediaPlayer::ObserverToken MediaPlayer::addPeriodicTimeObserver(const CMTime& interval,
                                                                 TimeObserver observer) {
     const std::uint64_t token = ++m_lastToken;
-    auto timer = std::make_unique<QTimer>();
+    // The player's, so that one left to the event loop when it was removed does not outlive it.
+    auto timer = std::make_unique<QTimer>(this);
     timer->setTimerType(Qt::PreciseTimer);
     timer->setInterval(std::max(1, int(std::lround(interval.safeSeconds() * 1000))));
     connect(timer.get(), &QTimer::timeout, this, [this, token] { notifyObserver(token); });

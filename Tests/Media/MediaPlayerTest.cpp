@@ -3,12 +3,15 @@
 #include "PlayerFixture.h"
 #include "Reference.h"
 
+#include <QPointer>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -202,6 +205,16 @@ TEST_F(MediaPlayerTest, ARemovedObserverIsNeverCalledAgain) {
     player.pause();
     runFor(50ms);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(MediaPlayerTest, NothingOfARemovedObserverOutlivesThePlayer) {
+    auto shortLived = std::make_unique<MediaPlayer>();
+    const auto token = shortLived->addPeriodicTimeObserver(CMTime::make(1, 30), [](CMTime) {});
+    const QPointer<QTimer> timer = shortLived->findChild<QTimer*>();
+    ASSERT_FALSE(timer.isNull());
+    shortLived->removeTimeObserver(token);
+    shortLived.reset(); // before the event loop could delete anything
+    EXPECT_TRUE(timer.isNull());
 }
 
 TEST_F(MediaPlayerTest, SeeksDuringSeeksAreAnsweredInTheirOrderAndTheNewestStays) {
