@@ -87,8 +87,8 @@ libav::Packet PacketReader::readFromContainer() {
         const int code = av_read_frame(m_format.get(), packet.get());
         if (code == AVERROR_EXIT)
             throw MediaError::fromLibav(code);
-        if (code < 0 && libav::readError(*m_format) != 0)
-            throw MediaError::fromLibav(libav::readError(*m_format));
+        if (const int error = libav::readError(*m_format); code < 0 && error != 0)
+            throw MediaError::fromLibav(error);
         // A container cut off or damaged from here on is met like one that ends here: what came
         // before stays usable.
         if (code < 0)

@@ -21,8 +21,6 @@
 
 namespace stillwick::benchmarks {
 
-namespace {} // namespace
-
 void addHeldMemory(Report& report, const QString& film, OurSession& session) {
     session.rest(2000);
     constexpr double mebibyte = 1 << 20;

@@ -1,12 +1,10 @@
-#include "Desktop/AtomicFile.h"
-
-#include "Desktop/DesktopError.h"
+#include "AtomicFileFixture.h"
 #include "ForkedChild.h"
 
-#include <gmock/gmock.h>
+#include "Desktop/DesktopError.h"
+
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -14,13 +12,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -29,55 +24,6 @@
 namespace stillwick {
 
 namespace {
-
-using testing::StartsWith;
-
-/// The user's words for what came of a write, or "ok".
-std::string written(const std::string& path, const QByteArray& content) {
-    try {
-        writeFileAtomically(QString::fromStdString(path), content);
-    } catch (const DesktopError& error) {
-        return error.description().toStdString();
-    }
-    return "ok";
-}
-
-void put(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-mode_t modeOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(::stat(path.c_str(), &status), 0);
-    return status.st_mode & 07777U;
-}
-
-/// The names in a folder, hidden ones too.
-std::string namesIn(const std::string& folder) {
-    return QDir(QString::fromStdString(folder))
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)
-        .join(u' ')
-        .toStdString();
-}
-
-class AtomicFileTest : public testing::Test {
-protected:
-    AtomicFileTest() { ::chmod(m_folder.path().toUtf8().constData(), 0755); }
-
-    /// A path in an empty folder that every user may enter.
-    std::string path(const std::string& name = {}) const {
-        return m_folder.path().toStdString() + '/' + name;
-    }
-    std::string names() const { return namesIn(path()); }
-
-private:
-    QTemporaryDir m_folder;
-};
 
 TEST_F(AtomicFileTest, ANewFileHoldsExactlyTheBytes) {
     EXPECT_EQ(written(path("a"), QByteArray("x\0y\n", 4)), "ok");
@@ -272,87 +218,6 @@ TEST_F(AtomicFileTest, AFolderThatMayBeWrittenButNotReadIsWritten) {
     EXPECT_EQ(contentOf(path("blind/a")), "new");
 }
 
-class AbandonedFileTest : public AtomicFileTest {
-protected:
-    const std::string m_name = ".stillwick-0123456789abcdef";
-
-    void removeAbandoned(const std::string& beside) const {
-        removeAbandonedWritesBeside(QString::fromStdString(path(beside)));
-    }
-};
-
-TEST_F(AbandonedFileTest, WhatAKilledProgramLeftIsRemoved) {
-    put(path(m_name), "half");
-    removeAbandoned("a");
-    EXPECT_EQ(names(), "");
-    ASSERT_EQ(::mkdir(path("sub").c_str(), 0755), 0);
-    ASSERT_EQ(::symlink("sub/target", path("link").c_str()), 0);
-    put(path("sub/" + m_name), "half");
-    removeAbandoned("link");
-    EXPECT_EQ(namesIn(path("sub")), "");
-    removeAbandoned("missing/a");
-    removeAbandoned({});
-}
-
-TEST_F(AbandonedFileTest, WhatAnotherProgramIsWritingStays) {
-    put(path(m_name), "half");
-    const int writer = ::open(path(m_name).c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(::flock(writer, LOCK_EX), 0);
-    removeAbandoned("a");
-    EXPECT_EQ(names(), m_name);
-    ::close(writer);
-    removeAbandoned("a");
-    EXPECT_EQ(names(), "");
-}
-
-TEST_F(AbandonedFileTest, WhatWasNotMadeByAWriteStays) {
-    put(path(".stillwick-0123456789abcde"), "short");
-    put(path(".stillwick-0123456789abcdef0"), "long");
-    put(path(".stillwick-0123456789abcdeg"), "other");
-    put(path("stillwick-0123456789abcdef"), "shown");
-    put(path("a"), "linked");
-    ASSERT_EQ(::link(path("a").c_str(), path(m_name).c_str()), 0);
-    ASSERT_EQ(::mkdir(path(".stillwick-0000000000000001").c_str(), 0755), 0);
-    ASSERT_EQ(::symlink("a", path(".stillwick-0000000000000002").c_str()), 0);
-    ASSERT_EQ(::mkfifo(path(".stillwick-0000000000000003").c_str(), 0644), 0);
-    const std::string before = names();
-    removeAbandoned("a");
-    EXPECT_EQ(names(), before);
-}
-
-TEST_F(AbandonedFileTest, WhatBelongsToAnotherUserStays) {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only the superuser can make a file of another owner";
-    put(path(m_name), "half");
-    ASSERT_EQ(::chown(path(m_name).c_str(), 65534, 65534), 0);
-    removeAbandoned("a");
-    EXPECT_EQ(names(), m_name);
-}
-
-/// The user's words for the first of many writes that failed while another process cleared away
-/// again and again, or "ok".
-std::string writtenWhileClearingAway(const std::string& folder) {
-    if (const auto obstacle = mountSmallDisk(folder, "1m"); !obstacle.empty())
-        return "skip " + obstacle;
-    const pid_t clearing = ::fork();
-    while (clearing == 0)
-        removeAbandonedWritesBeside(QString::fromStdString(folder + "/a"));
-    std::string report = "ok";
-    for (int round = 0; round < 20'000 && report == "ok"; ++round)
-        report = written(folder + "/a", "new");
-    ::kill(clearing, SIGKILL);
-    ::waitpid(clearing, nullptr, 0);
-    return report + ' ' + namesIn(folder);
-}
-
-// A file has a name before it has its lock; whoever clears away may come in between.
-TEST_F(AbandonedFileTest, ClearingAwayNeverDisturbsAWriter) {
-    const auto report = inChild([this] { return writtenWhileClearingAway(path()); });
-    if (report.starts_with("skip "))
-        GTEST_SKIP() << report.substr(5);
-    EXPECT_EQ(report, "ok a");
-}
-
 /// Fills a disk of 64 KiB but for `freeBytes`, then writes `content` over a file of it.
 std::string writtenOnFullDisk(const std::string& folder, qsizetype freeBytes,
                               const QByteArray& content) {
@@ -508,24 +373,6 @@ INSTANTIATE_TEST_SUITE_P(Faults, HarmlessFaultTest,
                                          Fault{"fsync EINVAL 1", "ok"},
                                          Fault{"close EINTR 1", "ok"},
                                          Fault{"fsync EIO 2", "Le disque a signalé une erreur."}));
-
-TEST(DesktopErrorTest, TheWordsOfTheSystemAreKept) {
-    const DesktopError error = DesktopError::fromErrno(ENOSPC);
-    EXPECT_EQ(error.category(), DesktopError::Category::DiskFull);
-    EXPECT_EQ(error.libraryText(), "No space left on device");
-    EXPECT_THAT(error.what(), StartsWith("Le disque est plein."));
-}
-
-TEST(DesktopErrorTest, AnUnforeseenErrorHasAGeneralSentence) {
-    EXPECT_EQ(DesktopError::fromErrno(EDOM).description(),
-              "Le fichier n'a pas pu être enregistré.");
-}
-
-TEST(DesktopErrorTest, ACloneIsTheSameError) {
-    const std::unique_ptr<DesktopError> clone(DesktopError::fromErrno(EIO).clone());
-    EXPECT_EQ(clone->category(), DesktopError::Category::DiskFailed);
-    EXPECT_THROW(clone->raise(), DesktopError);
-}
 
 } // namespace
 

@@ -1,16 +1,17 @@
 // The system refusing to read a film on from some place, by strace: the failure is told as such, or
 // what is told is what the whole film gives.
+#include "../Strace.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 namespace stillwick {
 namespace {
 
 struct Outcome {
-    int status = -1; ///< −1 where the program did not come to its end
+    int status;
     QByteArray told;
     QByteArray picture;
 };
@@ -18,29 +19,26 @@ struct Outcome {
 class ReadFaultTest : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
-        if (run({QStringLiteral("-e"), QStringLiteral("trace=none")}).status != 0)
+        if (!testing::canTrace())
             GTEST_SKIP() << "strace cannot trace here";
     }
 
-    /// Takes the picture in the middle of the film under strace with these options.
-    Outcome run(QStringList options) const {
+    /// Takes the picture in the middle of the film under strace, which is to do this.
+    Outcome run(const QString& option) const {
         const QString picture = m_folder.filePath(QStringLiteral("x.png"));
         QFile::remove(picture);
-        options << QStringLiteral("-f") << QStringLiteral("-o") << logPath() << QStringLiteral("-P")
-                << film() << QStringLiteral(STILLWICK_PROGRAM) << QStringLiteral("still") << film()
-                << QStringLiteral("--at") << QStringLiteral("1") << QStringLiteral("-o") << picture;
-        QProcess strace;
-        strace.start(QStringLiteral("strace"), options);
-        if (!strace.waitForFinished() || strace.exitStatus() != QProcess::NormalExit)
-            return {};
+        const testing::Traced traced = testing::traced(
+            {QStringLiteral("-f"), QStringLiteral("-o"), logPath(), QStringLiteral("-P"), film(),
+             QStringLiteral("-e"), option, QStringLiteral(STILLWICK_PROGRAM),
+             QStringLiteral("still"), film(), QStringLiteral("--at"), QStringLiteral("1"),
+             QStringLiteral("-o"), picture});
         QFile file(picture);
-        return {strace.exitCode(), strace.readAllStandardError(),
+        return {traced.status, traced.errors,
                 file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray()};
     }
 
-    /// How often the film is read in an undisturbed run.
+    /// How often the film was read in the last run.
     int countOfReads() const {
-        EXPECT_EQ(run({QStringLiteral("-e"), QStringLiteral("trace=read")}).status, 0);
         QFile log(logPath());
         EXPECT_TRUE(log.open(QIODevice::ReadOnly));
         return int(log.readAll().count("read("));
@@ -56,14 +54,14 @@ private:
 };
 
 TEST_P(ReadFaultTest, WhereverReadingFailsItIsToldOrThePictureIsTheSame) {
-    const Outcome whole = run({QStringLiteral("-e"), QStringLiteral("trace=none")});
+    const Outcome whole = run(QStringLiteral("trace=read"));
+    ASSERT_EQ(whole.status, 0);
     ASSERT_FALSE(whole.picture.isEmpty());
     const int count = countOfReads();
     ASSERT_GT(count, 2);
     int failures = 0;
     for (int i = 1; i <= count; ++i) {
-        const Outcome outcome =
-            run({QStringLiteral("-e"), QStringLiteral("inject=read:error=EIO:when=%1+").arg(i)});
+        const Outcome outcome = run(QStringLiteral("inject=read:error=EIO:when=%1+").arg(i));
         if (outcome.status == 0) {
             EXPECT_TRUE(outcome.picture == whole.picture) << i;
             continue;

@@ -1,11 +1,11 @@
 // Each system call of a save failing in turn, by strace: the earlier project stays and the user is
 // told, or the new one is there.
+#include "../Strace.h"
 #include "NumberedProject.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <map>
@@ -34,7 +34,7 @@ class ProjectFaultTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(saved(numbered(1), path()), "ok");
-        if (run({QStringLiteral("-e"), QStringLiteral("trace=none")}).status != 0)
+        if (!testing::canTrace())
             GTEST_SKIP() << "strace cannot trace here";
     }
 
@@ -47,11 +47,8 @@ protected:
         options << QStringLiteral("-f") << QStringLiteral("-o") << logPath()
                 << QStringLiteral(PROJECT_SAVE) << QString::fromStdString(path())
                 << QStringLiteral("2");
-        QProcess strace;
-        strace.start(QStringLiteral("strace"), options);
-        if (!strace.waitForFinished() || strace.exitStatus() != QProcess::NormalExit)
-            return {};
-        return {strace.exitCode(), strace.readAllStandardOutput().trimmed().toStdString()};
+        const testing::Traced traced = testing::traced(options);
+        return {traced.status, traced.output.trimmed().toStdString()};
     }
 
     /// The system calls of an undisturbed save, in order.
