@@ -76,8 +76,10 @@ std::string writtenWhileClearingAway(const std::string& folder) {
     if (const auto obstacle = mountSmallDisk(folder, "1m"); !obstacle.empty())
         return "skip " + obstacle;
     const pid_t clearing = ::fork();
-    while (clearing == 0)
-        removeAbandonedWritesBeside(QString::fromStdString(folder + "/a"));
+    if (clearing == 0) {
+        for (;;)
+            removeAbandonedWritesBeside(QString::fromStdString(folder + "/a"));
+    }
     std::string report = "ok";
     for (int round = 0; round < 20'000 && report == "ok"; ++round)
         report = written(folder + "/a", "new");
