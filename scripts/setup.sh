@@ -14,7 +14,7 @@ stillwick_packages() {
         check) echo clang-format clang-tidy-16 clang-16 libclang-rt-16-dev ;;
         package) echo dpkg-dev gzip git ;;
         trial) echo debootstrap lintian desktop-file-utils appstream shared-mime-info man-db xvfb xdotool ;;
-        bench) echo ffmpeg mpv libffms2-dev libbenchmark-dev python3 python3-opencv python3-scipy xvfb ;;
+        bench) echo ffmpeg mpv libffms2-dev python3 python3-opencv python3-scipy xvfb ;;
         *) echo "setup.sh: no profile '$1'" >&2; return 1 ;;
     esac
 }
