@@ -17,7 +17,7 @@ QString standardWords(Category category) {
     case Category::NotFound:
         return QStringLiteral("Le fichier est introuvable.");
     case Category::NotAFile:
-        return QStringLiteral("Ce n'est pas un fichier mais un dossier ou un périphérique.");
+        return QStringLiteral("Ce n'est pas un fichier, mais un dossier ou un périphérique.");
     case Category::NoPermission:
         return QStringLiteral("La lecture du fichier n'est pas autorisée.");
     case Category::EmptyFile:

@@ -6,8 +6,8 @@
 
 namespace stillwick {
 
-/// With how many threads pictures are decoded: more than there are cores, for threads wait for each
-/// other's pictures. Each one adds a frame of memory and of latency.
+/// With how many threads pictures are decoded: two more than there are cores, for threads wait for
+/// each other's pictures, but six at most, for each adds a frame of memory and of latency.
 [[nodiscard]] int decoderThreadCount();
 
 /// Decodes the packets of one track into frames in presentation order.

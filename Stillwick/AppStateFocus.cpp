@@ -1,5 +1,6 @@
 #include "Stillwick/AppStateFocus.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -8,6 +9,27 @@
 #include <QWidget>
 
 namespace stillwick {
+
+namespace {
+
+/// Presses a button as its own key does, which opens menus too.
+bool pressesByReturn(QObject& watched, const QKeyEvent& event) {
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    if (!isReturn || modifiers != Qt::NoModifier || !qobject_cast<QAbstractButton*>(&watched))
+        return false;
+    if (event.isAutoRepeat())
+        return true;
+    const QPointer<QObject> button(&watched);
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent space(type, Qt::Key_Space, Qt::NoModifier);
+        if (button)
+            QCoreApplication::sendEvent(button, &space);
+    }
+    return true;
+}
+
+} // namespace
 
 bool isTextBeingEdited() {
     const QWidget* const focus = QApplication::focusWidget();
@@ -47,6 +69,9 @@ bool KeyboardCoordinator::eventFilter(QObject* watched, QEvent* event) {
             return true;
         }
     }
+    if (event->type() == QEvent::KeyPress && watched->isWidgetType() &&
+        pressesByReturn(*watched, static_cast<const QKeyEvent&>(*event)))
+        return true;
     return QObject::eventFilter(watched, event);
 }
 

@@ -10,8 +10,9 @@ class QKeyEvent;
 
 namespace stillwick {
 
-/// Turns the space bar into play and pause for the window that has the keyboard; every other key
-/// goes its way. One for the process.
+/// Turns the space bar into play and pause for the window that has the keyboard, and lets Return
+/// press the button that has the focus, as some desktops do and others don't; every other key goes
+/// its way. One for the process.
 class KeyboardCoordinator final : public QObject {
     Q_OBJECT
 

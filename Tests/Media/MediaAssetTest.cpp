@@ -78,7 +78,7 @@ constexpr std::array refusals = {
     Refusal{"nothing.mp4", Category::EmptyFile, "Le fichier est vide."},
     Refusal{"missing.mp4", Category::NotFound, "Le fichier est introuvable."},
     Refusal{"folder.mp4", Category::NotAFile,
-            "Ce n'est pas un fichier mais un dossier ou un périphérique."},
+            "Ce n'est pas un fichier, mais un dossier ou un périphérique."},
     Refusal{"text.mp4", Category::NotMedia, notSupported},
     Refusal{"play_list.m3u8", Category::NotMedia, notSupported},
     Refusal{"play_list.mp4", Category::NotMedia, notSupported},

@@ -78,6 +78,33 @@ TEST_F(AppStateFocusTest, WithoutAVideoSpaceGoesToTheButtonThatHasTheFocus) {
     EXPECT_TRUE(isPressed);
 }
 
+TEST_F(AppStateFocusTest, ReturnPressesTheButtonThatHasTheFocus) {
+    StillwickWindow& window = newWindow();
+    load(window.state());
+    QPushButton button(&window);
+    int presses = 0;
+    QObject::connect(&button, &QPushButton::clicked, [&presses] { ++presses; });
+    button.show();
+    button.setFocus();
+    press(window, Qt::Key_Return);
+    EXPECT_EQ(presses, 1);
+    press(window, Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(presses, 2);
+    press(window, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(presses, 2);
+    EXPECT_FALSE(window.state().isPlaying());
+}
+
+TEST_F(AppStateFocusTest, AButtonThatIsGoneOnceItIsPressedTakesReturn) {
+    StillwickWindow& window = newWindow();
+    const QPointer<QPushButton> button = new QPushButton(&window);
+    QObject::connect(button, &QPushButton::pressed, [&button] { delete button.data(); });
+    button->show();
+    button->setFocus();
+    press(window, Qt::Key_Return);
+    EXPECT_TRUE(button.isNull());
+}
+
 TEST_F(AppStateFocusTest, InATextSpaceAndLettersAreTyped) {
     StillwickWindow& window = newWindow();
     load(window.state());
