@@ -3,6 +3,7 @@
 #include "Stillwick/ProjectError.h"
 
 #include <QChar>
+#include <QStringConverter>
 
 #include <algorithm>
 #include <utility>
@@ -41,6 +42,12 @@ char16_t meaningBehindBackslash(char character) {
     default:
         return 0;
     }
+}
+
+/// Every character, where QString's own takes a byte order mark away wherever a text begins.
+QString fromUtf8(QByteArrayView text) {
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    return decoder(text);
 }
 
 } // namespace
@@ -107,7 +114,7 @@ QString JsonReader::takeText() {
             return character == '"' || character == '\\' ||
                    static_cast<unsigned char>(character) < ' ';
         });
-        text += QString::fromUtf8(QByteArrayView(begin, end));
+        text += fromUtf8(QByteArrayView(begin, end));
         m_at += end - begin;
         if (passes('"'))
             return text;

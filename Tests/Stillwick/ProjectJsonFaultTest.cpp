@@ -155,6 +155,13 @@ TEST(ProjectJsonFaultTest, EscapesStandForTheirCharacters) {
     EXPECT_EQ(decodeProject(escaped).videoName, QStringLiteral("é\té/👩\"\\\b\f\r") + QChar(u'\0'));
 }
 
+TEST(ProjectJsonFaultTest, AByteOrderMarkIsPassedOverBeforeTheProjectAndKeptInItsTexts) {
+    const QByteArray marked = with("\"été\"", "\"\xEF\xBB\xBF"
+                                              "a\\n\xEF\xBB\xBF"
+                                              "b\"");
+    EXPECT_EQ(decodeProject("\xEF\xBB\xBF" + marked).videoName, QStringLiteral("\uFEFFa\n\uFEFFb"));
+}
+
 TEST(ProjectJsonFaultTest, OfAKeyGivenTwiceTheLastCounts) {
     const ProjectFile project =
         decodeProject(with("\"version\": 1", "\"version\": 1, \"groups\": [], \"version\": 3"));
