@@ -197,8 +197,9 @@ CLAIMS = (
           Trial("scripts/try-package", r"^try-package: (?P<end>purged, and nothing is left)$", "{end}"),
           step="scripts/try-package"),
     Claim("sanitizers", "No test meets a report of the address or undefined-behaviour sanitizer.",
-          Trial("ctest --preset asan", TESTS, "{tests} tests, {failed} failed", {"failed": "= 0", "tests": "> 500"},
-                (("asan", "all"),), seconds=14400),
+          # Two tests need an address space or a table of files as small as the sanitizer's own, and skip themselves.
+          Trial("ctest --preset asan -j2", TESTS, "{tests} tests, {failed} failed",
+                {"failed": "= 0", "tests": "> 500"}, (("asan", "all"),), may_leave_out=True, seconds=14400),
           step="./test"),
     Claim("threads", "No test meets a race that the thread sanitizer sees.",
           Trial("scripts/threads --all", TESTS, "{tests} tests, {failed} failed", {"failed": "= 0", "tests": "> 500"},
