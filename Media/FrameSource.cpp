@@ -13,7 +13,8 @@ namespace {
 
 using Category = MediaError::Category;
 
-/// Thrown inside this unit where a frame in mid-film has no time.
+/// Thrown inside this unit where a frame in mid-film has no time, until the table gives them
+/// theirs.
 struct TimesMissing {};
 
 // A damaged stretch looks alike from every key packet: after this many the best is taken.
@@ -353,7 +354,7 @@ SharedFrame FrameSource::decodeNext(std::int64_t tick) {
         SharedFrame frame = m_decoder.receive();
         if (!frame) {
             m_run.isDrained = m_run.hasSentEnd;
-            if (m_run.isDrained && timeless > 0 && !m_hasTimes)
+            if (m_run.isDrained && timeless > 0 && !m_hasTimes && !m_reader.table())
                 throw TimesMissing{};
             if (m_run.isDrained)
                 return nullptr;
