@@ -197,7 +197,7 @@ CLAIMS = (
           Trial("scripts/try-package", r"^try-package: (?P<end>purged, and nothing is left)$", "{end}"),
           step="scripts/try-package"),
     Claim("sanitizers", "No test meets a report of the address or undefined-behaviour sanitizer.",
-          # Two tests need an address space or a table of files as small as the sanitizer's own, and skip themselves.
+          # Two tests that make memory or open files scarce skip themselves: the sanitizer needs some of its own.
           Trial("ctest --preset asan -j2", TESTS, "{tests} tests, {failed} failed",
                 {"failed": "= 0", "tests": "> 500"}, (("asan", "all"),), may_leave_out=True, seconds=14400),
           step="./test"),

@@ -208,8 +208,8 @@ TEST(MediaAssetTest, AFilmThatEndsInItsHeadIsDamageNotARefusalToRead) {
 }
 
 TEST(MediaAssetTest, WantOfMemorySaysSo) {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the address sanitizer needs much room of its own";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer needs much room of its own";
 #else
     EXPECT_EQ(categoryInChild(found + QStringLiteral("memory-beyond-bound.mp4"), haveLittleMemory),
               int(Category::OutOfMemory));

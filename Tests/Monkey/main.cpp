@@ -13,8 +13,10 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QEventLoopLocker>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <chrono>
 #include <cinttypes>
@@ -102,16 +104,17 @@ QString closeEverything(Watch& watch) {
 
 /// Exports go on where their window goes: waits for them, and tells what they leave.
 QString waitForExports(const QString& folder, Watch& watch) {
-    QString stray;
-    for (int i = 0; i < 600; ++i) {
-        watch.beat();
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        stray = strayFile(folder);
-        if (stray.isEmpty())
-            return {};
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return QStringLiteral("This stays behind: ") + stray;
+    QTimer beat;
+    QObject::connect(&beat, &QTimer::timeout, [&watch] { watch.beat(); });
+    beat.start(std::chrono::milliseconds(50));
+    QTimer::singleShot(patience, [] { QCoreApplication::exit(1); });
+    // Each export holds the application; who lets it go last ends it.
+    QCoreApplication::setQuitLockEnabled(true);
+    QTimer::singleShot(0, [] { const QEventLoopLocker last; });
+    if (QCoreApplication::exec() != 0)
+        return QStringLiteral("An export does not come to its end.");
+    const QString stray = strayFile(folder);
+    return stray.isEmpty() ? QString() : QStringLiteral("This stays behind: ") + stray;
 }
 
 } // namespace
