@@ -87,12 +87,13 @@ libav::Packet PacketReader::readFromContainer() {
         const int code = av_read_frame(m_format.get(), packet.get());
         if (code == AVERROR_EXIT)
             throw MediaError::fromLibav(code);
-        if (const int error = libav::readError(*m_format); code < 0 && error != 0)
-            throw MediaError::fromLibav(error);
-        // A container cut off or damaged from here on is met like one that ends here: what came
-        // before stays usable.
-        if (code < 0)
+        if (code < 0) {
+            if (const int error = libav::readError(*m_format); error != 0)
+                throw MediaError::fromLibav(error);
+            // A container cut off or damaged from here on is met like one that ends here: what
+            // came before stays usable.
             return nullptr;
+        }
         if (packet->stream_index == m_stream->index)
             break;
         av_packet_unref(packet.get());
