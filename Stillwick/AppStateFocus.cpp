@@ -12,8 +12,9 @@ namespace stillwick {
 
 namespace {
 
-/// Presses a button as its own key does, which opens menus too.
-bool pressesByReturn(QObject& watched, const QKeyEvent& event) {
+/// Where Return reached a button, presses it as its own key does, which opens menus too. Whether
+/// it did.
+bool pressByReturn(QObject& watched, const QKeyEvent& event) {
     const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
     const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
     if (!isReturn || modifiers != Qt::NoModifier || !qobject_cast<QAbstractButton*>(&watched))
@@ -60,19 +61,14 @@ void KeyboardCoordinator::setFocusedState(AppState* state) {
 }
 
 bool KeyboardCoordinator::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::KeyPress)
+        return QObject::eventFilter(watched, event);
+    const auto& key = static_cast<const QKeyEvent&>(*event);
     // Each key is seen first where it enters the window, then at the widget that has the focus.
-    if (event->type() == QEvent::KeyPress && watched->isWindowType()) {
-        const auto& key = static_cast<const QKeyEvent&>(*event);
-        if (takes(key)) {
-            if (!key.isAutoRepeat())
-                m_focusedState->togglePlayPause();
-            return true;
-        }
-    }
-    if (event->type() == QEvent::KeyPress && watched->isWidgetType() &&
-        pressesByReturn(*watched, static_cast<const QKeyEvent&>(*event)))
-        return true;
-    return QObject::eventFilter(watched, event);
+    const bool isForTheFilm = watched->isWindowType() && takes(key);
+    if (isForTheFilm && !key.isAutoRepeat())
+        m_focusedState->togglePlayPause();
+    return isForTheFilm || pressByReturn(*watched, key);
 }
 
 bool KeyboardCoordinator::takes(const QKeyEvent& event) const {
