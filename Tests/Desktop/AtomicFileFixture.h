@@ -1,12 +1,13 @@
 // What the tests of whole files have in common: an empty folder, and what is in it.
 #pragma once
 
+#include "../NamesIn.h"
+
 #include "Desktop/AtomicFile.h"
 #include "Desktop/DesktopError.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <fstream>
@@ -16,6 +17,8 @@
 #include <sys/stat.h>
 
 namespace stillwick {
+
+using testing::namesIn;
 
 /// The user's words for what came of a write, or "ok".
 inline std::string written(const std::string& path, const QByteArray& content) {
@@ -42,15 +45,7 @@ inline mode_t modeOf(const std::string& path) {
     return status.st_mode & 07777U;
 }
 
-/// The names in a folder, hidden ones too.
-inline std::string namesIn(const std::string& folder) {
-    return QDir(QString::fromStdString(folder))
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)
-        .join(u' ')
-        .toStdString();
-}
-
-class AtomicFileTest : public testing::Test {
+class AtomicFileTest : public ::testing::Test {
 protected:
     AtomicFileTest() { ::chmod(m_folder.path().toUtf8().constData(), 0755); }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <array>
@@ -230,7 +231,7 @@ std::string writtenOnFullDisk(const std::string& folder, qsizetype freeBytes,
 }
 
 class FullDiskTest : public AtomicFileTest,
-                     public testing::WithParamInterface<std::pair<int, int>> {};
+                     public ::testing::WithParamInterface<std::pair<int, int>> {};
 
 TEST_P(FullDiskTest, AFullDiskIsReportedAndTheOldContentStays) {
     const auto [freeBytes, size] = GetParam();
@@ -243,8 +244,8 @@ TEST_P(FullDiskTest, AFullDiskIsReportedAndTheOldContentStays) {
 
 // One byte where not a page is free; below and above the 16 KiB that writers like to buffer.
 INSTANTIATE_TEST_SUITE_P(Sizes, FullDiskTest,
-                         testing::Values(std::pair(0, 1), std::pair(4096, 8000),
-                                         std::pair(20480, 40000), std::pair(0, 600'000)));
+                         ::testing::Values(std::pair(0, 1), std::pair(4096, 8000),
+                                           std::pair(20480, 40000), std::pair(0, 600'000)));
 
 TEST_F(AtomicFileTest, AnAlmostFullDiskTakesWhatFits) {
     const auto report =
@@ -309,7 +310,7 @@ struct Fault {
     const char* report;
 };
 
-class FaultTest : public AtomicFileTest, public testing::WithParamInterface<Fault> {
+class FaultTest : public AtomicFileTest, public ::testing::WithParamInterface<Fault> {
 protected:
     /// What a process of its own says after it wrote `content` to the file "a" with that fault.
     std::string writtenWithFault(const std::string& content) const {
@@ -344,17 +345,17 @@ TEST_P(LosingFaultTest, TheFailureLeavesNoFileWhereThereWasNone) {
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, LosingFaultTest,
-    testing::Values(Fault{"write ENOSPC 1", "Le disque est plein."},
-                    Fault{"write NOTHING 1", "Le disque est plein."},
-                    Fault{"write EIO 1", "Le disque a signalé une erreur."},
-                    Fault{"write EDQUOT 1", "L'espace disque qui vous est alloué est épuisé."},
-                    Fault{"fsync ENOSPC 1", "Le disque est plein."},
-                    Fault{"fsync EIO 1", "Le disque a signalé une erreur."},
-                    Fault{"close EIO 1", "Le disque a signalé une erreur."},
-                    Fault{"close ENOSPC 1", "Le disque est plein."},
-                    Fault{"rename EIO 1", "Le disque a signalé une erreur."},
-                    Fault{"rename ENOSPC 1", "Le disque est plein."},
-                    Fault{"rename EPERM 1", "Le fichier existant est protégé en écriture."}));
+    ::testing::Values(Fault{"write ENOSPC 1", "Le disque est plein."},
+                      Fault{"write NOTHING 1", "Le disque est plein."},
+                      Fault{"write EIO 1", "Le disque a signalé une erreur."},
+                      Fault{"write EDQUOT 1", "L'espace disque qui vous est alloué est épuisé."},
+                      Fault{"fsync ENOSPC 1", "Le disque est plein."},
+                      Fault{"fsync EIO 1", "Le disque a signalé une erreur."},
+                      Fault{"close EIO 1", "Le disque a signalé une erreur."},
+                      Fault{"close ENOSPC 1", "Le disque est plein."},
+                      Fault{"rename EIO 1", "Le disque a signalé une erreur."},
+                      Fault{"rename ENOSPC 1", "Le disque est plein."},
+                      Fault{"rename EPERM 1", "Le fichier existant est protégé en écriture."}));
 
 class HarmlessFaultTest : public FaultTest {};
 
@@ -367,12 +368,12 @@ TEST_P(HarmlessFaultTest, TheWholeContentIsWrittenNevertheless) {
 }
 
 // The last row is the one failure that comes too late: the folder could not be synchronised.
-INSTANTIATE_TEST_SUITE_P(Faults, HarmlessFaultTest,
-                         testing::Values(Fault{"write SHORT 1", "ok"}, Fault{"write EINTR 1", "ok"},
-                                         Fault{"fsync EINTR 1", "ok"},
-                                         Fault{"fsync EINVAL 1", "ok"},
-                                         Fault{"close EINTR 1", "ok"},
-                                         Fault{"fsync EIO 2", "Le disque a signalé une erreur."}));
+INSTANTIATE_TEST_SUITE_P(
+    Faults, HarmlessFaultTest,
+    ::testing::Values(Fault{"write SHORT 1", "ok"}, Fault{"write EINTR 1", "ok"},
+                      Fault{"fsync EINTR 1", "ok"}, Fault{"fsync EINVAL 1", "ok"},
+                      Fault{"close EINTR 1", "ok"},
+                      Fault{"fsync EIO 2", "Le disque a signalé une erreur."}));
 
 } // namespace
 

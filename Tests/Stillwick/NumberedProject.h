@@ -1,10 +1,11 @@
 // Projects that are told from one another by a number, and the files around them.
 #pragma once
 
+#include "../NamesIn.h"
+
 #include "Stillwick/ErrorDescription.h"
 #include "Stillwick/ProjectStore.h"
 
-#include <QDir>
 #include <QUrl>
 
 #include <exception>
@@ -47,14 +48,6 @@ inline std::string loaded(const std::string& path) {
     } catch (const std::exception& error) {
         return localizedDescription(error).toStdString();
     }
-}
-
-/// The names in a folder, hidden ones too.
-inline std::string namesIn(const std::string& folder) {
-    return QDir(QString::fromStdString(folder))
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)
-        .join(u' ')
-        .toStdString();
 }
 
 } // namespace stillwick::testing
