@@ -56,7 +56,8 @@ void takePicture(FrameSource& source, PictureConverter& converter, std::mt19937&
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput( // NOLINT(readability-identifier-naming)
+    const std::uint8_t* data, std::size_t size) {
     constexpr int pictures = 10;
     const MemoryFile file(data, size);
     std::mt19937 random(size == 0 ? 0U : data[size / 2]); // the same input asks for the same

@@ -62,7 +62,8 @@ void resolveDamaged(const QByteArray& path, unsigned char where, unsigned char h
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput( // NOLINT(readability-identifier-naming)
+    const std::uint8_t* data, std::size_t size) {
     const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     resolveForeign(bytes);
     resolveWithFittingCheck(bytes);

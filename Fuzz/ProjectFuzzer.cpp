@@ -69,7 +69,8 @@ void useAsAStateWould(const ProjectFile& project) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput( // NOLINT(readability-identifier-naming)
+    const std::uint8_t* data, std::size_t size) {
     const QByteArray text(reinterpret_cast<const char*>(data), qsizetype(size));
     const std::optional<ProjectFile> project = projectIn(text);
     if (!project)

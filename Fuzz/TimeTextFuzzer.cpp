@@ -115,7 +115,8 @@ void showAndReadAgain(const CMTime& time) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput( // NOLINT(readability-identifier-naming)
+    const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const auto time = parseTime(QString::fromUtf8(text.data(), qsizetype(size)));
     const auto expected = expectedTime(text);

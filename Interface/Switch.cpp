@@ -35,9 +35,9 @@ void Switch::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     QStyleOption option;
     option.initFrom(this);
-    const QRectF track(width() - trackSize.width() - room,
-                       (height() - trackSize.height()) / 2, // on whole pixels
-                       trackSize.width(), trackSize.height());
+    const int top = (height() - trackSize.height()) / 2; // on whole pixels
+    const QRectF track(width() - trackSize.width() - room, top, trackSize.width(),
+                       trackSize.height());
     const double radius = track.height() / 2;
     ThemeColor ground = isChecked() ? ThemeColor::accentFill : ThemeColor::thumb;
     if (!isEnabled())

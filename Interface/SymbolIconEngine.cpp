@@ -40,7 +40,7 @@ QString symbolPath(QStringView name) {
 }
 
 SymbolIconEngine::SymbolIconEngine(QString name, Tint tint)
-    : m_name(std::move(name)), m_tint(std::move(tint)) {}
+    : m_name(std::move(name)), m_tint(tint) {}
 
 QColor SymbolIconEngine::colorFor(QIcon::Mode mode) const {
     const QPalette palette = QGuiApplication::palette();

@@ -75,11 +75,10 @@ QCoro::Task<> RenderCache::computeRenders(QUuid id, std::stop_token stop) {
     const auto frame = m_state.previewFrame();
     if (!frame || frame->id() != id)
         co_return;
-    const CapturedFrame capture = *frame;
     // All are begun at once; as many are worked on as the state has threads for it.
     std::vector<QCoro::Task<QImage>> underWay;
     for (const FilterStyle style : allFilterStyles)
-        underWay.push_back(m_state.rendered(capture, style, stop));
+        underWay.push_back(m_state.rendered(*frame, style, stop));
     Images renders;
     Images small;
     for (std::size_t i = 0; i < underWay.size(); ++i) {

@@ -20,7 +20,7 @@ class BookmarkTest : public testing::Test {
 protected:
     /// The path of a new file in an empty folder.
     QByteArray file(const QByteArray& name) const {
-        const QByteArray path = m_folder.path().toUtf8() + '/' + name;
+        QByteArray path = m_folder.path().toUtf8() + '/' + name;
         EXPECT_TRUE(std::ofstream(path.toStdString()) << "x");
         return path;
     }

@@ -1,4 +1,5 @@
 // Showing folders, against a message bus and a file manager of the test's own.
+#include "FileManager.h"
 #include "SessionBus.h"
 
 #include "Desktop/FileBrowser.h"
@@ -6,9 +7,6 @@
 #include <QCoroTask>
 #include <gtest/gtest.h>
 
-#include <QDBusContext>
-#include <QDBusError>
-#include <QDesktopServices>
 #include <QDir>
 #include <QGuiApplication>
 #include <QTemporaryDir>
@@ -22,52 +20,22 @@ namespace {
 
 SessionBus* theBus = nullptr;
 
-/// Stands for the desktop's file manager.
-class FileManager final : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
-
-public:
-    QStringList shown;
-    bool isRefusing = false;
-
-public slots:
-    // The name is the interface's.
-    void ShowFolders(const QStringList& uris, const QString& /*startupId*/) {
-        if (isRefusing) {
-            sendErrorReply(QDBusError::Failed, QStringLiteral("no"));
-            return;
-        }
-        shown += uris;
-    }
-};
-
-/// Takes the place of what the desktop opens folders with.
-class Opener final : public QObject {
-    Q_OBJECT
-
-public:
-    Opener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Opener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-    Q_DISABLE_COPY_MOVE(Opener)
-
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url); }
-};
-
 class FileBrowserTest : public ::testing::Test {
+public:
+    ~FileBrowserTest() override {
+        m_connection.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
+        m_connection.unregisterObject(QStringLiteral("/org/freedesktop/FileManager1"));
+    }
+    Q_DISABLE_COPY_MOVE(FileBrowserTest)
+
 protected:
+    FileBrowserTest() = default;
+
     void startFileManager() {
         ASSERT_TRUE(theBus->isRunning());
         ASSERT_TRUE(m_connection.registerObject(QStringLiteral("/org/freedesktop/FileManager1"),
                                                 &fileManager, QDBusConnection::ExportAllSlots));
         ASSERT_TRUE(m_connection.registerService(QStringLiteral("org.freedesktop.FileManager1")));
-    }
-    ~FileBrowserTest() override {
-        m_connection.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
-        m_connection.unregisterObject(QStringLiteral("/org/freedesktop/FileManager1"));
     }
 
     QString makeFolder(const QString& name) const {
@@ -133,5 +101,3 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
-
-#include "FileBrowserTest.moc"

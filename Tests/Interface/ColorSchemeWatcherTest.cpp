@@ -21,7 +21,7 @@ protected:
                      QStringLiteral("--print-address=1")});
         ASSERT_TRUE(m_bus.waitForReadyRead(10'000)) << "dbus-daemon does not start";
         m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
-        m_name = QStringLiteral("test %1").arg(m_count++);
+        m_name = QStringLiteral("test %1").arg(count++);
     }
 
     void TearDown() override {
@@ -49,7 +49,7 @@ protected:
     }
 
 private:
-    static inline int m_count = 0;
+    static inline int count = 0;
     QProcess m_bus;
     std::unique_ptr<QProcess> m_portal;
     QString m_address;

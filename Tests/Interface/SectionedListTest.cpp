@@ -162,7 +162,7 @@ TEST_F(SectionedListTest, RandomOrdersAreTakenExactly) {
         QList<ListSection> sections;
         QList<QUuid> expected;
         for (int number = 0; number < 4; ++number) {
-            const auto count = std::min<qsizetype>(numbers.size(), random() % 12);
+            const auto count = std::min(numbers.size(), qsizetype(random() % 12));
             sections.push_back(section(number, numbers.mid(0, count)));
             numbers.remove(0, count);
             expected.push_back(sections.last().id);

@@ -68,7 +68,7 @@ std::string survives(const std::string& folder, int kills, microseconds longest)
     std::mt19937 random(7);
     qint64 number = 1;
     int halfDone = 0;
-    if (const std::string report = saved(numbered(number), path); report != "ok")
+    if (std::string report = saved(numbered(number), path); report != "ok")
         return report;
     for (int kill = 0; kill < kills; ++kill) {
         const std::array sizes{1, 30, 1000};
