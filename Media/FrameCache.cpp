@@ -61,7 +61,11 @@ private:
     std::atomic<std::size_t> m_share{FrameCache::bound()};
 };
 
-FrameCache::FrameCache() = default;
+FrameCache::FrameCache() {
+    // Made before any pool that may have the last hold of a cache, it outlives them at the
+    // program's end.
+    FrameCacheShares::instance();
+}
 
 FrameCache::~FrameCache() {
     FrameCacheShares::instance().remove(*this);

@@ -112,25 +112,29 @@ CMTime FrameSource::filmTime(const VideoFrame& frame) const {
     return timeline().timeOf(frame.presentationTime());
 }
 
-SharedFrame FrameSource::frameAt(const CMTime& time, const Tolerance& tolerance,
-                                 const std::stop_token& stop) {
+template <typename Work, typename Again>
+auto FrameSource::answer(const std::stop_token& stop, const Work& work, const Again& again) {
     m_reader.setStopToken(stop);
     m_reader.throwIfStopped();
     try {
-        return locateOrAdoptTable(time, tolerance);
+        try {
+            return work();
+        } catch (const TimesMissing&) {
+            adoptTable();
+            return again();
+        }
     } catch (...) {
         m_run.isUsable = false;
         throw;
     }
 }
 
-SharedFrame FrameSource::locateOrAdoptTable(const CMTime& time, const Tolerance& tolerance) {
-    try {
+SharedFrame FrameSource::frameAt(const CMTime& time, const Tolerance& tolerance,
+                                 const std::stop_token& stop) {
+    const auto work = [&] {
         return locateInside(targetFor(time, tolerance));
-    } catch (const TimesMissing&) {
-        adoptTable();
-        return locateInside(targetFor(time, tolerance));
-    }
+    };
+    return answer(stop, work, work);
 }
 
 SharedFrame FrameSource::locateInside(const Target& target) {
@@ -196,19 +200,10 @@ bool FrameSource::prepareToContinue(const Target& target) {
 }
 
 SharedFrame FrameSource::frameAfter(Damage damage, const std::stop_token& stop) {
-    m_reader.setStopToken(stop);
-    m_reader.throwIfStopped();
     Q_ASSERT(m_run.isUsable && m_run.shown);
     const CMTime here = filmTime(*m_run.shown);
-    try {
-        return following(damage);
-    } catch (const TimesMissing&) {
-        adoptTable();
-        return locate(targetFor(here, {}));
-    } catch (...) {
-        m_run.isUsable = false;
-        throw;
-    }
+    return answer(
+        stop, [&] { return following(damage); }, [&] { return locate(targetFor(here, {})); });
 }
 
 SharedFrame FrameSource::following(Damage damage) {
@@ -255,17 +250,10 @@ bool FrameSource::isPictureMissingAfter(std::int64_t last) const {
 }
 
 CMTime FrameSource::endTime(const std::stop_token& stop) {
-    m_reader.setStopToken(stop);
-    m_reader.throwIfStopped();
-    try {
+    const auto work = [&] {
         return timeline().timeOf(locateEnd());
-    } catch (const TimesMissing&) {
-        adoptTable();
-        return timeline().timeOf(locateEnd());
-    } catch (...) {
-        m_run.isUsable = false;
-        throw;
-    }
+    };
+    return answer(stop, work, work);
 }
 
 std::int64_t FrameSource::locateEnd() {

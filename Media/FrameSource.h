@@ -92,9 +92,12 @@ private:
 
     [[nodiscard]] Target targetFor(const CMTime& time, const Tolerance& tolerance) const;
     [[nodiscard]] static Target targetAt(std::int64_t tick);
+    /// What `work` gives; where frames turn out to have no times, what `again` gives once they have
+    /// the table's. After a failure no run is under way.
+    template <typename Work, typename Again>
+    [[nodiscard]] auto answer(const std::stop_token& stop, const Work& work, const Again& again);
     void adoptTable();
     void findFirstPicture();
-    [[nodiscard]] SharedFrame locateOrAdoptTable(const CMTime& time, const Tolerance& tolerance);
     [[nodiscard]] SharedFrame locateInside(const Target& target);
     [[nodiscard]] SharedFrame locate(const Target& target);
     [[nodiscard]] SharedFrame locateFromKey(const Target& target);

@@ -24,9 +24,9 @@ public:
 
 protected:
     void run() override {
+        // Until the event loop has ended: a sink lets events through while it is destroyed.
+        const std::unique_ptr<QObject> home(m_home);
         exec();
-        // Not before the event loop has ended: a sink lets events through while it is destroyed.
-        delete m_home;
     }
 
 private:

@@ -197,7 +197,7 @@ QCoro::Task<ExitStatus> runStill(StillCommand command, CommandOutput output) {
         const QImage picture = co_await extractor->image(command.time);
         ImageExportService().writePNG(picture, command.file);
         output.result(command.file);
-    } catch (const QException& error) {
+    } catch (const std::exception& error) {
         output.complaint(failureLine(command.time.displayString(), localizedDescription(error)));
         co_return ExitStatus::SomeFailed;
     }

@@ -1,12 +1,13 @@
 // The program: the window, or a command of the command line.
 #include "Desktop/Interruption.h"
 #include "Stillwick/CommandRunner.h"
+#include "Stillwick/ErrorDescription.h"
 #include "Stillwick/StillwickApp.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <new>
+#include <exception>
 #include <optional>
 #include <stop_token>
 #include <unistd.h>
@@ -70,8 +71,8 @@ QCoro::Task<> runAndQuit(Command command, std::stop_token stop) {
     const Starter starter{std::move(stop)}; // GCC 12 destroys one made within `co_await` twice
     try {
         status = co_await std::visit(starter, command);
-    } catch (const std::bad_alloc&) {
-        writeLine(stderr, QStringLiteral("La mémoire ne suffit pas."));
+    } catch (const std::exception& error) {
+        writeLine(stderr, localizedDescription(error));
     }
     QCoreApplication::exit(int(status));
 }

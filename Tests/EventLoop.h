@@ -23,7 +23,7 @@ inline QCoreApplication& application() {
 
 /// Runs the event loop until `condition` holds; false after `patience`.
 template <typename Condition>
-bool runUntil(Condition condition, std::chrono::milliseconds patience = std::chrono::seconds(30)) {
+bool runUntil(Condition condition, std::chrono::milliseconds patience = std::chrono::seconds(100)) {
     const QDeadlineTimer deadline(patience);
     while (!condition()) {
         if (deadline.hasExpired())

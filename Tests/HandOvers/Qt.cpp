@@ -1,9 +1,12 @@
-// Jobs given to Qt's pools, what futures bring, and what is posted to another thread's objects.
+// Jobs given to Qt's pools, what futures bring, what is posted to another thread's objects, and
+// threads with an event loop that have ended.
 #include "Edges.h"
 
+#include <QDeadlineTimer>
 #include <QFutureInterface>
 #include <QObject>
 #include <QRunnable>
+#include <QThread>
 #include <QThreadPool>
 
 #include <cstring>
@@ -49,7 +52,8 @@ struct Acquired {
 struct SeenSlot {
     QtPrivate::QSlotObjectBase* slot;
 
-    void operator()() const {
+    // Until it has acquired it, reading what it is to acquire would be a race.
+    __attribute__((no_sanitize("thread"))) void operator()() const {
         __tsan_acquire(slot);
         void* nothing[] = {nullptr};
         slot->call(nullptr, nothing);
@@ -99,6 +103,32 @@ bool QFutureInterfaceBase::queryState(State state) const {
     return isSo;
 }
 
+bool QFutureInterfaceBase::derefT() const noexcept {
+    static auto* const dereference =
+        original<bool(const QFutureInterfaceBase*)>("_ZNK20QFutureInterfaceBase6derefTEv");
+    void* const state = sharedState(*this);
+    __tsan_release(state);
+    const bool isHeld = dereference(this);
+    if (!isHeld)
+        __tsan_acquire(state);
+    return isHeld;
+}
+
+int QThread::exec() {
+    static auto* const execute = original<int(QThread*)>("_ZN7QThread4execEv");
+    __tsan_release(this);
+    return execute(this);
+}
+
+bool QThread::wait(QDeadlineTimer deadline) {
+    static auto* const wait =
+        original<bool(QThread*, QDeadlineTimer)>("_ZN7QThread4waitE14QDeadlineTimer");
+    const bool hasEnded = wait(this, deadline);
+    if (hasEnded)
+        __tsan_acquire(this);
+    return hasEnded;
+}
+
 bool QMetaObject::invokeMethodImpl(QObject* object, QtPrivate::QSlotObjectBase* slot,
                                    Qt::ConnectionType type, void* result) {
     static auto* const invoke =
@@ -107,7 +137,8 @@ bool QMetaObject::invokeMethodImpl(QObject* object, QtPrivate::QSlotObjectBase* 
             "14ConnectionTypeEPv");
     if (result)
         return invoke(object, slot, type, result);
-    __tsan_release(slot);
     using Seen = QtPrivate::QFunctorSlotObject<SeenSlot, 0, QtPrivate::List<>, void>;
-    return invoke(object, new Seen(SeenSlot{slot}), type, nullptr);
+    auto* const seen = new Seen(SeenSlot{slot});
+    __tsan_release(slot);
+    return invoke(object, seen, type, nullptr);
 }

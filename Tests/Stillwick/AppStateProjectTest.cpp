@@ -283,7 +283,7 @@ TEST_F(AppStateProjectTest, MarksAndEdgesBeyondAllMeasureAreExportedAllTheSame) 
     openFile(content);
     state->setOutputFolder(at(QStringLiteral("sortie")));
     state->runExport(ExportMode::merged);
-    constexpr std::chrono::seconds underSanitizers(110);
+    constexpr std::chrono::seconds underSanitizers(400);
     ASSERT_TRUE(runUntil([this] { return !state->progress().isRunning; }, underSanitizers));
     EXPECT_EQ(state->progress().completed, 1);
     EXPECT_TRUE(state->failures().isEmpty());
