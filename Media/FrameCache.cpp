@@ -29,8 +29,9 @@ std::size_t machineMemory() {
 /// Divides the bound among the caches in use.
 class FrameCacheShares {
 public:
+    /// Never destroyed: at the program's end a pool may let go of the last film after whatever is.
     static FrameCacheShares& instance() {
-        static FrameCacheShares shares;
+        static auto& shares = *new FrameCacheShares;
         return shares;
     }
 
@@ -61,11 +62,7 @@ private:
     std::atomic<std::size_t> m_share{FrameCache::bound()};
 };
 
-FrameCache::FrameCache() {
-    // Made before any pool that may have the last hold of a cache, it outlives them at the
-    // program's end.
-    FrameCacheShares::instance();
-}
+FrameCache::FrameCache() = default;
 
 FrameCache::~FrameCache() {
     FrameCacheShares::instance().remove(*this);
