@@ -171,8 +171,16 @@ SharedFrame FrameSource::locateFromKey(const Target& target) {
         if (isFromStart && attempt > 1)
             throw MediaError::make(Category::NoPicture);
         begin(isFromStart ? m_queue.beginAtStart()
-                          : m_queue.beginBefore(target.tick, m_run.entry.keyDecodeTime));
+                          : m_queue.beginBefore(target.tick, keysBefore(target, attempt)));
     }
+}
+
+std::int64_t FrameSource::keysBefore(const Target& target, int attempt) const {
+    const std::int64_t last = m_run.entry.keyDecodeTime;
+    if (attempt < maximumDoubts)
+        return last;
+    const std::int64_t way = std::max(av_sat_sub64(target.tick, last), m_reader.ticksPerSecond());
+    return std::max(av_sat_sub64(last, way), everyPicture + 1);
 }
 
 void FrameSource::begin(const PacketQueue::Entry& entry) {

@@ -101,6 +101,10 @@ private:
     [[nodiscard]] SharedFrame locateInside(const Target& target);
     [[nodiscard]] SharedFrame locate(const Target& target);
     [[nodiscard]] SharedFrame locateFromKey(const Target& target);
+    /// Before what the key packet of the next attempt must decode: before the last one's. Where
+    /// several gave no picture the way to the target doubles from one to the next, for in a long
+    /// stretch of damage each would decode nearly all that the one before it did.
+    [[nodiscard]] std::int64_t keysBefore(const Target& target, int attempt) const;
     [[nodiscard]] bool isNearEnough(const Target& target) const;
     [[nodiscard]] bool prepareToContinue(const Target& target);
     void begin(const PacketQueue::Entry& entry);
