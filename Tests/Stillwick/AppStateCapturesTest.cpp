@@ -55,6 +55,7 @@ TEST_F(AppStateCapturesTest, ACaptureTakesThePlayersTimeOfThatMoment) {
         state->captureCurrentFrame();
         EXPECT_EQ(state->allFrames().back().time(), shown);
     }
+    EXPECT_GT(state->allFrames().back().time(), CMTime::zero());
 }
 
 TEST_F(AppStateCapturesTest, ACaptureWhileTheActiveGroupIsUnknownGoesToTheFirst) {
